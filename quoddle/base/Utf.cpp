@@ -1,0 +1,153 @@
+#include "quoddle/base/Utf.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace quod {
+namespace internal {
+namespace {
+
+constexpr char16_t replacementCharacter = 0xFFFD;
+
+bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+}  // namespace
+
+Utf8DecodeResult decodeUtf8(std::string_view utf8, char16_t* out) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(utf8.data());
+    const std::size_t size = utf8.size();
+    char16_t* const start = out;
+    bool wellFormed = true;
+    std::size_t i = 0;
+    while (i < size) {
+        // Most text is ASCII: take eight bytes at a time while no high bit is set.
+        while (i + 8 <= size) {
+            std::uint64_t block;
+            std::memcpy(&block, bytes + i, 8);
+            if (block & 0x8080808080808080ULL) break;
+            for (int k = 0; k < 8; ++k) out[k] = bytes[i + k];
+            out += 8;
+            i += 8;
+        }
+        if (i >= size) break;
+        const unsigned char lead = bytes[i];
+        if (lead < 0x80) {
+            *out++ = lead;
+            ++i;
+            continue;
+        }
+        // Accepted range of the second byte, per lead byte (Unicode table 3-7); 0 means invalid lead.
+        unsigned char low = 0x80, high = 0xBF;
+        int trailing = 0;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            trailing = 1;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            trailing = 2;
+            if (lead == 0xE0) low = 0xA0;
+            if (lead == 0xED) high = 0x9F;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            trailing = 3;
+            if (lead == 0xF0) low = 0x90;
+            if (lead == 0xF4) high = 0x8F;
+        }
+        if (trailing == 0) {
+            *out++ = replacementCharacter;
+            wellFormed = false;
+            ++i;
+            continue;
+        }
+        char32_t codePoint = lead & (0x3F >> trailing);
+        std::size_t consumed = 1;
+        bool complete = true;
+        for (int k = 0; k < trailing; ++k) {
+            if (i + consumed >= size) {
+                complete = false;
+                break;
+            }
+            const unsigned char byte = bytes[i + consumed];
+            const bool fits = k == 0 ? (byte >= low && byte <= high) : isContinuation(byte);
+            if (!fits) {
+                complete = false;
+                break;
+            }
+            codePoint = (codePoint << 6) | (byte & 0x3F);
+            ++consumed;
+        }
+        i += consumed;
+        if (!complete) {
+            *out++ = replacementCharacter;
+            wellFormed = false;
+        } else if (codePoint >= 0x10000) {
+            codePoint -= 0x10000;
+            *out++ = static_cast<char16_t>(0xD800 + (codePoint >> 10));
+            *out++ = static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF));
+        } else {
+            *out++ = static_cast<char16_t>(codePoint);
+        }
+    }
+    return {static_cast<std::size_t>(out - start), wellFormed};
+}
+
+}  // namespace internal
+
+namespace {
+
+// Decodes into a string sized for the worst case, then trims it to what was written.
+std::u16string decode(std::string_view utf8, bool& wellFormed) {
+    std::u16string result(utf8.size(), u'\0');
+    const auto decoded = internal::decodeUtf8(utf8, result.data());
+    result.resize(decoded.unitsWritten);
+    wellFormed = decoded.wellFormed;
+    return result;
+}
+
+}  // namespace
+
+std::u16string toUtf16(std::string_view utf8) {
+    bool wellFormed = true;
+    return decode(utf8, wellFormed);
+}
+
+std::optional<std::u16string> toUtf16IfValid(std::string_view utf8) {
+    bool wellFormed = true;
+    std::u16string result = decode(utf8, wellFormed);
+    if (!wellFormed) return std::nullopt;
+    return result;
+}
+
+std::string toUtf8(std::u16string_view utf16) {
+    std::string result;
+    result.reserve(utf16.size());
+    const std::size_t size = utf16.size();
+    for (std::size_t i = 0; i < size; ++i) {
+        char32_t codePoint = utf16[i];
+        if (codePoint < 0x80) {
+            result.push_back(static_cast<char>(codePoint));
+            continue;
+        }
+        if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
+            const bool pairs = codePoint <= 0xDBFF && i + 1 < size && utf16[i + 1] >= 0xDC00 &&
+                               utf16[i + 1] <= 0xDFFF;
+            if (pairs) {
+                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (utf16[i + 1] - 0xDC00);
+                ++i;
+            } else {
+                codePoint = 0xFFFD;
+            }
+        }
+        if (codePoint < 0x800) {
+            result.push_back(static_cast<char>(0xC0 | (codePoint >> 6)));
+        } else if (codePoint < 0x10000) {
+            result.push_back(static_cast<char>(0xE0 | (codePoint >> 12)));
+            result.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+        } else {
+            result.push_back(static_cast<char>(0xF0 | (codePoint >> 18)));
+            result.push_back(static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F)));
+            result.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+        }
+        result.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
+    }
+    return result;
+}
+
+}  // namespace quod

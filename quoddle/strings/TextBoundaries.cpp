@@ -1,0 +1,135 @@
+#include "quoddle/strings/TextBoundaries.h"
+
+#include <memory>
+#include <optional>
+
+#include <unicode/brkiter.h>
+#include <unicode/rbbi.h>
+#include <unicode/utext.h>
+
+namespace quod {
+namespace {
+
+enum class Unit { character, word };
+
+// A break iterator over the text, without copying it. Creating one loads ICU rule data, so each
+// thread keeps one prototype per kind and locale and clones it.
+class Breaker {
+public:
+    Breaker(Unit unit, std::u16string_view text, const icu::Locale& locale) {
+        UErrorCode status = U_ZERO_ERROR;
+        iterator_.reset(prototype(unit, locale).clone());
+        utext_openUChars(&utext_, text.data(), static_cast<int64_t>(text.size()), &status);
+        if (iterator_ != nullptr && U_SUCCESS(status)) iterator_->setText(&utext_, status);
+        if (iterator_ == nullptr || U_FAILURE(status)) iterator_.reset();
+    }
+    ~Breaker() { utext_close(&utext_); }
+    Breaker(const Breaker&) = delete;
+    Breaker& operator=(const Breaker&) = delete;
+
+    [[nodiscard]] bool valid() const { return iterator_ != nullptr; }
+    icu::BreakIterator& operator*() { return *iterator_; }
+    icu::BreakIterator* operator->() { return iterator_.get(); }
+
+private:
+    static const icu::BreakIterator& prototype(Unit unit, const icu::Locale& locale) {
+        struct Cached {
+            Unit unit;
+            icu::Locale locale;
+            std::unique_ptr<icu::BreakIterator> iterator;
+        };
+        thread_local std::vector<Cached> cache;
+        for (const Cached& cached : cache) {
+            if (cached.unit == unit && cached.locale == locale) return *cached.iterator;
+        }
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::BreakIterator> created(
+            unit == Unit::character ? icu::BreakIterator::createCharacterInstance(locale, status)
+                                    : icu::BreakIterator::createWordInstance(locale, status));
+        QUOD_PRECONDITION(created != nullptr && U_SUCCESS(status), "ICU break iterator data missing");
+        cache.push_back({unit, locale, std::move(created)});
+        return *cache.back().iterator;
+    }
+
+    UText utext_ = UTEXT_INITIALIZER;
+    std::unique_ptr<icu::BreakIterator> iterator_;
+};
+
+int64_t boundaryAtOrBefore(icu::BreakIterator& breaker, int64_t position) {
+    if (breaker.isBoundary(static_cast<int32_t>(position))) return position;
+    return breaker.preceding(static_cast<int32_t>(position));
+}
+
+int64_t boundaryAtOrAfter(icu::BreakIterator& breaker, int64_t position) {
+    if (breaker.isBoundary(static_cast<int32_t>(position))) return position;
+    return breaker.following(static_cast<int32_t>(position));
+}
+
+}  // namespace
+
+Range composedCharacterRange(std::u16string_view text, Range range) {
+    QUOD_PRECONDITION(range.isInside(static_cast<int64_t>(text.size())), "range outside the text");
+    Breaker breaker(Unit::character, text, icu::Locale::getRoot());
+    if (!breaker.valid()) return range;
+    const int64_t start = boundaryAtOrBefore(*breaker, range.location);
+    const int64_t end = range.length == 0 ? start : boundaryAtOrAfter(*breaker, range.end());
+    return {start, end - start};
+}
+
+int64_t characterCount(std::u16string_view text) {
+    Breaker breaker(Unit::character, text, icu::Locale::getRoot());
+    if (!breaker.valid()) return static_cast<int64_t>(text.size());
+    int64_t count = 0;
+    breaker->first();
+    while (breaker->next() != icu::BreakIterator::DONE) ++count;
+    return count;
+}
+
+std::optional<int64_t> offsetOfCharacter(std::u16string_view text, int64_t characters) {
+    QUOD_PRECONDITION(characters >= 0, "negative character count");
+    Breaker breaker(Unit::character, text, icu::Locale::getRoot());
+    if (!breaker.valid()) return std::nullopt;
+    int64_t offset = breaker->first();
+    for (int64_t step = 0; step < characters; ++step) {
+        offset = breaker->next();
+        if (offset == icu::BreakIterator::DONE) return std::nullopt;
+    }
+    return offset;
+}
+
+int64_t characterIndexOfOffset(std::u16string_view text, int64_t position) {
+    QUOD_PRECONDITION(position >= 0 && position <= static_cast<int64_t>(text.size()),
+                      "position outside the text");
+    Breaker breaker(Unit::character, text, icu::Locale::getRoot());
+    if (!breaker.valid()) return position;
+    int64_t count = 0;
+    breaker->first();
+    for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE && end <= position;
+         end = breaker->next()) {
+        ++count;
+    }
+    return count;
+}
+
+Range wordBreakSegment(std::u16string_view text, int64_t position, const icu::Locale& locale) {
+    QUOD_PRECONDITION(position >= 0 && position < static_cast<int64_t>(text.size()),
+                      "position outside the text");
+    Breaker breaker(Unit::word, text, locale);
+    if (!breaker.valid()) return {position, 1};
+    const int64_t start = boundaryAtOrBefore(*breaker, position);
+    const int64_t end = breaker->following(static_cast<int32_t>(position));
+    return {start, end - start};
+}
+
+std::vector<Range> wordRanges(std::u16string_view text, const icu::Locale& locale) {
+    std::vector<Range> words;
+    Breaker breaker(Unit::word, text, locale);
+    if (!breaker.valid()) return words;
+    int32_t start = breaker->first();
+    for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE; start = end, end = breaker->next()) {
+        if (breaker->getRuleStatus() >= UBRK_WORD_NONE_LIMIT) words.push_back({start, end - start});
+    }
+    return words;
+}
+
+}  // namespace quod

@@ -1,0 +1,42 @@
+// Characters (extended grapheme clusters) and word-break segments of UTF-16 text, through ICU.
+//
+// Where the framework counts "characters" it counts grapheme clusters: "e" + U+0301 is one
+// character of two units, CR LF is one character, an emoji flag is one. Word segments follow ICU's
+// word break rules for a locale; a segment is a word when its rule status says letter, number,
+// kana or ideograph (spaces, punctuation, symbols and emoji are segments too, but not words).
+// All positions are UTF-16 offsets into the given text; the text is read, never copied, and must
+// outlive only the call.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <unicode/locid.h>
+
+#include "quoddle/base/Range.h"
+
+namespace quod {
+
+// The range widened outwards to whole grapheme clusters. An empty range stays empty, moved back to
+// the start of the cluster it falls in.
+[[nodiscard]] Range composedCharacterRange(std::u16string_view text, Range range);
+
+[[nodiscard]] int64_t characterCount(std::u16string_view text);
+
+// UTF-16 offset reached by stepping `characters` clusters forward from the start of the text;
+// no value when the text has fewer clusters.
+[[nodiscard]] std::optional<int64_t> offsetOfCharacter(std::u16string_view text, int64_t characters);
+
+// Number of whole clusters in [0, position): a position inside a cluster rounds down.
+[[nodiscard]] int64_t characterIndexOfOffset(std::u16string_view text, int64_t position);
+
+// The word-break segment that holds the unit at `position` (which must be < text.size()).
+[[nodiscard]] Range wordBreakSegment(std::u16string_view text, int64_t position,
+                                     const icu::Locale& locale);
+
+// The segments that are words, in order.
+[[nodiscard]] std::vector<Range> wordRanges(std::u16string_view text, const icu::Locale& locale);
+
+}  // namespace quod

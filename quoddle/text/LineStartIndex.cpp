@@ -1,0 +1,90 @@
+#include "quoddle/text/LineStartIndex.h"
+
+#include <utility>
+
+namespace quod {
+
+LineStartIndex::LineStartIndex() { starts_.insert(0, int64_t{0}); }
+
+LineStartIndex::LineStartIndex(std::vector<int64_t>&& starts) {
+    QUOD_PRECONDITION(!starts.empty() && starts.front() == 0, "line 0 must start at 0");
+    const auto count = std::ssize(starts);
+    starts_ = SplitVector<int64_t>(std::move(starts), count);
+}
+
+int64_t LineStartIndex::start(int64_t line) const {
+    const int64_t stored = starts_.at(line);
+    return line > stepLine_ ? stored + stepLength_ : stored;
+}
+
+int64_t LineStartIndex::lineContaining(int64_t position) const {
+    // Largest line whose start is <= position; start(0) == 0 bounds the search below.
+    int64_t low = 0;
+    int64_t high = lineCount() - 1;
+    while (low < high) {
+        const int64_t middle = low + (high - low + 1) / 2;
+        if (start(middle) <= position) {
+            low = middle;
+        } else {
+            high = middle - 1;
+        }
+    }
+    return low;
+}
+
+void LineStartIndex::shiftAfter(int64_t line, int64_t delta) {
+    if (delta == 0) return;
+    if (stepLength_ == 0) {
+        stepLine_ = line;
+        stepLength_ = delta;
+        return;
+    }
+    if (line >= stepLine_) {
+        applyStepUpTo(line);
+    } else if (line >= stepLine_ - lineCount() / 10) {
+        // Close behind the step: taking it back over a few lines is cheaper than a full apply.
+        unapplyStepDownTo(line);
+    } else {
+        applyStepUpTo(lineCount() - 1);
+        stepLine_ = line;
+        stepLength_ = delta;
+        return;
+    }
+    stepLength_ += delta;
+    if (stepLength_ == 0) stepLine_ = lineCount() - 1;
+}
+
+void LineStartIndex::insertStarts(int64_t line, std::span<const int64_t> positions) {
+    if (positions.empty()) return;
+    QUOD_PRECONDITION(line >= 1 && line <= lineCount(), "line 0 keeps its start");
+    // Everything before `line` must hold real values so that the new (real) starts join them:
+    // afterwards lines [0, stepLine_] are real and the moved lines keep their pending step.
+    if (stepLine_ < line - 1) applyStepUpTo(line - 1);
+    starts_.insert(line, positions);
+    stepLine_ += std::ssize(positions);
+}
+
+void LineStartIndex::removeStarts(int64_t line, int64_t count) {
+    if (count == 0) return;
+    QUOD_PRECONDITION(line >= 1 && count >= 0 && line + count <= lineCount(),
+                      "removing starts outside the index");
+    if (stepLine_ < line + count - 1) applyStepUpTo(line + count - 1);
+    starts_.erase(line, count);
+    stepLine_ -= count;
+}
+
+void LineStartIndex::applyStepUpTo(int64_t line) {
+    if (stepLength_ != 0 && line > stepLine_) starts_.addToRange(stepLine_ + 1, line + 1, stepLength_);
+    stepLine_ = line;
+    if (stepLine_ >= lineCount() - 1) {
+        stepLine_ = lineCount() - 1;
+        stepLength_ = 0;
+    }
+}
+
+void LineStartIndex::unapplyStepDownTo(int64_t line) {
+    if (stepLength_ != 0 && line < stepLine_) starts_.addToRange(line + 1, stepLine_ + 1, -stepLength_);
+    stepLine_ = line;
+}
+
+}  // namespace quod

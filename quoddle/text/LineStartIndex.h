@@ -1,0 +1,52 @@
+// The sorted positions at which lines start, kept up to date under edits in logarithmic time.
+//
+// Line 0 always starts at 0, and there is one more line than there are terminators. The starts
+// live in a gap buffer. A text edit shifts every later start by the same amount; instead of
+// touching them all, the index remembers one pending shift (`stepLength_`) owed by every line
+// after `stepLine_`:
+//     start(line) == stored(line) + (line > stepLine_ ? stepLength_ : 0).
+// Edits near the previous edit move the step a short way, so typing costs O(log lines); a jump
+// across the document pays for the lines the step passes over, once.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "quoddle/base/SplitVector.h"
+
+namespace quod {
+
+class LineStartIndex {
+public:
+    LineStartIndex();
+
+    // Builds the index from starts already found (the first must be 0), as loading does.
+    explicit LineStartIndex(std::vector<int64_t>&& starts);
+
+    [[nodiscard]] int64_t lineCount() const { return starts_.length(); }
+
+    [[nodiscard]] int64_t start(int64_t line) const;
+
+    // The line whose span [start(line), start(line + 1)) holds position; the last line for any
+    // position at or after its start. O(log lines).
+    [[nodiscard]] int64_t lineContaining(int64_t position) const;
+
+    // Shifts the starts of every line after `line` by delta.
+    void shiftAfter(int64_t line, int64_t delta);
+
+    // Inserts starts (ascending, real positions) as lines line, line + 1, ...
+    void insertStarts(int64_t line, std::span<const int64_t> positions);
+
+    // Removes the starts of lines [line, line + count); line 0 cannot be removed.
+    void removeStarts(int64_t line, int64_t count);
+
+private:
+    void applyStepUpTo(int64_t line);
+    void unapplyStepDownTo(int64_t line);
+
+    SplitVector<int64_t> starts_;
+    int64_t stepLine_ = 0;
+    int64_t stepLength_ = 0;
+};
+
+}  // namespace quod
