@@ -1,0 +1,66 @@
+#include "quoddle/text/UndoManager.h"
+
+#include <utility>
+
+namespace quod {
+
+void UndoManager::Replacement::swap(TextStorage& storage) {
+    std::u16string current = storage.substringWithRange(range);
+    const auto restoredLength = static_cast<int64_t>(text.size());
+    storage.replaceCharactersInRange(range, text);
+    range.length = restoredLength;
+    text = std::move(current);
+}
+
+void UndoManager::beginUndoGrouping(Range selection) {
+    if (level_ == 0) open_ = Group{{}, selection, selection};
+    ++level_;
+}
+
+void UndoManager::endUndoGrouping(Range selection) {
+    QUOD_PRECONDITION(level_ > 0, "endUndoGrouping without beginUndoGrouping");
+    if (--level_ > 0) return;
+    open_->selectionAfter = selection;
+    if (!open_->replacements.empty()) undoStack_.push_back(std::move(*open_));
+    open_.reset();
+}
+
+void UndoManager::registerReplacement(const TextStorage& storage, Range range, int64_t newLength) {
+    QUOD_PRECONDITION(level_ > 0, "a replacement is recorded only inside an undo group");
+    QUOD_PRECONDITION(newLength >= 0, "negative replacement length");
+    redoStack_.clear();
+    open_->replacements.push_back({{range.location, newLength}, storage.substringWithRange(range)});
+}
+
+std::optional<Range> UndoManager::undo(TextStorage& storage) {
+    QUOD_PRECONDITION(level_ == 0, "undo while an undo group is open");
+    if (undoStack_.empty()) return std::nullopt;
+    Group group = std::move(undoStack_.back());
+    undoStack_.pop_back();
+    for (auto replacement = group.replacements.rbegin(); replacement != group.replacements.rend();
+         ++replacement) {
+        replacement->swap(storage);
+    }
+    const Range selection = group.selectionBefore;
+    redoStack_.push_back(std::move(group));
+    return selection;
+}
+
+std::optional<Range> UndoManager::redo(TextStorage& storage) {
+    QUOD_PRECONDITION(level_ == 0, "redo while an undo group is open");
+    if (redoStack_.empty()) return std::nullopt;
+    Group group = std::move(redoStack_.back());
+    redoStack_.pop_back();
+    for (Replacement& replacement : group.replacements) replacement.swap(storage);
+    const Range selection = group.selectionAfter;
+    undoStack_.push_back(std::move(group));
+    return selection;
+}
+
+void UndoManager::removeAllActions() {
+    QUOD_PRECONDITION(level_ == 0, "clearing the history while an undo group is open");
+    undoStack_.clear();
+    redoStack_.clear();
+}
+
+}  // namespace quod
