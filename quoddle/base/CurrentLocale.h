@@ -6,9 +6,9 @@
 // A host may set another locale at any time; tests pass one explicitly.
 #pragma once
 
-#include <string_view>
-
 #include <unicode/locid.h>
+
+#include <string_view>
 
 namespace quod {
 

@@ -13,9 +13,9 @@ namespace quod::internal {
 
 }  // namespace quod::internal
 
-#define QUOD_PRECONDITION(condition, message)                                             \
-    do {                                                                                  \
-        if (!(condition)) [[unlikely]] {                                                  \
+#define QUOD_PRECONDITION(condition, message)                                                 \
+    do {                                                                                      \
+        if (!(condition)) [[unlikely]] {                                                      \
             ::quod::internal::preconditionFailure(#condition, (message), __FILE__, __LINE__); \
-        }                                                                                 \
+        }                                                                                     \
     } while (false)

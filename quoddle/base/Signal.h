@@ -16,10 +16,12 @@
 namespace quod {
 
 class Connection {
-public:
+  public:
     Connection() = default;
-    explicit Connection(std::function<void()> disconnector) : disconnector_(std::move(disconnector)) {}
-    Connection(Connection&& other) noexcept : disconnector_(std::exchange(other.disconnector_, {})) {}
+    explicit Connection(std::function<void()> disconnector)
+        : disconnector_(std::move(disconnector)) {}
+    Connection(Connection&& other) noexcept
+        : disconnector_(std::exchange(other.disconnector_, {})) {}
     Connection& operator=(Connection&& other) noexcept {
         if (this != &other) {
             disconnect();
@@ -35,13 +37,13 @@ public:
         if (disconnector_) std::exchange(disconnector_, {})();
     }
 
-private:
+  private:
     std::function<void()> disconnector_;
 };
 
 template <typename Owner, typename... Args>
 class Signal {
-public:
+  public:
     using Slot = std::function<void(Args...)>;
 
     Signal() = default;
@@ -68,7 +70,7 @@ public:
         });
     }
 
-private:
+  private:
     friend Owner;
 
     struct Entry {
@@ -80,7 +82,8 @@ private:
         if (slots_->empty()) return;
         // A copy, so that slots may connect and disconnect while we call them.
         const std::vector<Entry> current = *slots_;
-        for (const Entry& entry : current) (*entry.slot)(args...);
+        for (const Entry& entry : current)
+            (*entry.slot)(args...);
     }
 
     std::shared_ptr<std::vector<Entry>> slots_ = std::make_shared<std::vector<Entry>>();

@@ -2,7 +2,8 @@
 //
 // The elements live in `body_` in two parts around a gap: part 1 is body_[0, part1Length_), the
 // gap is body_[part1Length_, part1Length_ + gapLength_), part 2 is the rest. Invariant:
-//     part1Length_ + gapLength_ + (length of part 2) == body_.size(), length() == body_.size() - gapLength_.
+//     part1Length_ + gapLength_ + (length of part 2) == body_.size(), length() == body_.size() -
+//     gapLength_.
 // Inserting or erasing at position p first moves the gap to p, which copies |p - old gap| elements;
 // editing where one edited last therefore costs time proportional to the edit, not the length.
 // When the gap is too small the body grows by a fraction of its size (one eighth, at least 4096
@@ -24,7 +25,7 @@ template <typename T>
 class SplitVector {
     static_assert(std::is_trivially_copyable_v<T>, "SplitVector moves elements with plain copies");
 
-public:
+  public:
     SplitVector() = default;
 
     // Takes over a filled vector: its first `length` elements are the content, the rest the gap.
@@ -48,13 +49,19 @@ public:
 
     // The (at most two) contiguous pieces that hold [position, position + count).
     [[nodiscard]] std::pair<std::span<const T>, std::span<const T>> pieces(int64_t position,
-                                                                         int64_t count) const {
+                                                                           int64_t count) const {
         checkRange(position, count);
         const int64_t inPart1 = std::clamp<int64_t>(part1Length_ - position, 0, count);
         std::span<const T> first(body_.data() + position, inPart1);
         const int64_t rest = count - inPart1;
         std::span<const T> second(body_.data() + position + inPart1 + gapLength_, rest);
         return {first, second};
+    }
+
+    // The whole content as one contiguous span, moving the gap to the end to make it so.
+    [[nodiscard]] std::span<const T> contiguousContent() {
+        moveGapTo(length());
+        return {body_.data(), static_cast<std::size_t>(length())};
     }
 
     void copyOut(T* destination, int64_t position, int64_t count) const {
@@ -64,7 +71,8 @@ public:
     }
 
     void insert(int64_t position, std::span<const T> values) {
-        QUOD_PRECONDITION(position >= 0 && position <= length(), "insert position outside the buffer");
+        QUOD_PRECONDITION(position >= 0 && position <= length(),
+                          "insert position outside the buffer");
         const auto count = static_cast<int64_t>(values.size());
         if (count == 0) return;
         ensureGap(count);
@@ -93,8 +101,10 @@ public:
     void addToRange(int64_t first, int64_t last, T delta) requires std::is_arithmetic_v<T> {
         checkRange(first, last - first);
         const int64_t split = std::clamp(part1Length_, first, last);
-        for (int64_t i = first; i < split; ++i) body_[i] += delta;
-        for (int64_t i = split + gapLength_; i < last + gapLength_; ++i) body_[i] += delta;
+        for (int64_t i = first; i < split; ++i)
+            body_[i] += delta;
+        for (int64_t i = split + gapLength_; i < last + gapLength_; ++i)
+            body_[i] += delta;
     }
 
     // Gives back unused capacity beyond a small gap, for example after loading a file.
@@ -107,11 +117,11 @@ public:
 
     [[nodiscard]] int64_t capacity() const { return std::ssize(body_); }
 
-private:
+  private:
     void checkRange(int64_t position, int64_t count) const {
-        QUOD_PRECONDITION(position >= 0 && count >= 0 && position <= length() &&
-                              count <= length() - position,
-                          "range outside the buffer");
+        QUOD_PRECONDITION(
+            position >= 0 && count >= 0 && position <= length() && count <= length() - position,
+            "range outside the buffer");
     }
 
     void moveGapTo(int64_t position) {
@@ -130,7 +140,8 @@ private:
 
     void ensureGap(int64_t needed) {
         if (gapLength_ >= needed) return;
-        const int64_t growth = std::max<int64_t>({needed, std::ssize(body_) / 8, 4096});
+        // Room for this insertion plus slack for the ones that usually follow it.
+        const int64_t growth = needed - gapLength_ + std::max<int64_t>(std::ssize(body_) / 8, 4096);
         moveGapTo(length());  // the gap is at the end, so growing only appends
         body_.resize(body_.size() + growth);
         gapLength_ += growth;

@@ -15,7 +15,9 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
+#include "quoddle/base/Precondition.h"
 #include "quoddle/base/Range.h"
 
 namespace quod {
@@ -40,6 +42,13 @@ struct LineBounds {
 // Preconditions: `range` lies inside `text`.
 [[nodiscard]] LineBounds lineBounds(std::u16string_view text, Range range);
 [[nodiscard]] LineBounds paragraphBounds(std::u16string_view text, Range range);
+
+// Appends offset + (the position behind each line terminator in text), in order; a CR LF pair
+// counts once, behind its LF. `nextIsLineFeed` says whether the unit after `text` is an LF, in
+// which case a CR at its very end is the first half of a pair and yields nothing.
+// Scans blocks of units at a time; the building block of line indexes.
+void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineFeed,
+                      std::vector<int64_t>& starts);
 
 [[nodiscard]] inline Range lineRange(std::u16string_view text, Range range) {
     return lineBounds(text, range).range();

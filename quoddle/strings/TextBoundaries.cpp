@@ -1,11 +1,12 @@
 #include "quoddle/strings/TextBoundaries.h"
 
-#include <memory>
-#include <optional>
-
 #include <unicode/brkiter.h>
 #include <unicode/rbbi.h>
 #include <unicode/utext.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
 
 namespace quod {
 namespace {
@@ -15,23 +16,25 @@ enum class Unit { character, word };
 // A break iterator over the text, without copying it. Creating one loads ICU rule data, so each
 // thread keeps one prototype per kind and locale and clones it.
 class Breaker {
-public:
+  public:
     Breaker(Unit unit, std::u16string_view text, const icu::Locale& locale) {
+        // ICU iterators count in int32_t; a longer text is a caller's mistake.
+        QUOD_PRECONDITION(text.size() <= static_cast<std::size_t>(INT32_MAX),
+                          "text too long for ICU");
         UErrorCode status = U_ZERO_ERROR;
         iterator_.reset(prototype(unit, locale).clone());
         utext_openUChars(&utext_, text.data(), static_cast<int64_t>(text.size()), &status);
         if (iterator_ != nullptr && U_SUCCESS(status)) iterator_->setText(&utext_, status);
-        if (iterator_ == nullptr || U_FAILURE(status)) iterator_.reset();
+        QUOD_PRECONDITION(iterator_ != nullptr && U_SUCCESS(status), "ICU break iterator unusable");
     }
     ~Breaker() { utext_close(&utext_); }
     Breaker(const Breaker&) = delete;
     Breaker& operator=(const Breaker&) = delete;
 
-    [[nodiscard]] bool valid() const { return iterator_ != nullptr; }
     icu::BreakIterator& operator*() { return *iterator_; }
     icu::BreakIterator* operator->() { return iterator_.get(); }
 
-private:
+  private:
     static const icu::BreakIterator& prototype(Unit unit, const icu::Locale& locale) {
         struct Cached {
             Unit unit;
@@ -46,7 +49,8 @@ private:
         std::unique_ptr<icu::BreakIterator> created(
             unit == Unit::character ? icu::BreakIterator::createCharacterInstance(locale, status)
                                     : icu::BreakIterator::createWordInstance(locale, status));
-        QUOD_PRECONDITION(created != nullptr && U_SUCCESS(status), "ICU break iterator data missing");
+        QUOD_PRECONDITION(created != nullptr && U_SUCCESS(status),
+                          "ICU break iterator data missing");
         cache.push_back({unit, locale, std::move(created)});
         return *cache.back().iterator;
     }
@@ -70,7 +74,6 @@ int64_t boundaryAtOrAfter(icu::BreakIterator& breaker, int64_t position) {
 Range composedCharacterRange(std::u16string_view text, Range range) {
     QUOD_PRECONDITION(range.isInside(static_cast<int64_t>(text.size())), "range outside the text");
     Breaker breaker(Unit::character, text, icu::Locale::getRoot());
-    if (!breaker.valid()) return range;
     const int64_t start = boundaryAtOrBefore(*breaker, range.location);
     const int64_t end = range.length == 0 ? start : boundaryAtOrAfter(*breaker, range.end());
     return {start, end - start};
@@ -78,17 +81,16 @@ Range composedCharacterRange(std::u16string_view text, Range range) {
 
 int64_t characterCount(std::u16string_view text) {
     Breaker breaker(Unit::character, text, icu::Locale::getRoot());
-    if (!breaker.valid()) return static_cast<int64_t>(text.size());
     int64_t count = 0;
     breaker->first();
-    while (breaker->next() != icu::BreakIterator::DONE) ++count;
+    while (breaker->next() != icu::BreakIterator::DONE)
+        ++count;
     return count;
 }
 
 std::optional<int64_t> offsetOfCharacter(std::u16string_view text, int64_t characters) {
     QUOD_PRECONDITION(characters >= 0, "negative character count");
     Breaker breaker(Unit::character, text, icu::Locale::getRoot());
-    if (!breaker.valid()) return std::nullopt;
     int64_t offset = breaker->first();
     for (int64_t step = 0; step < characters; ++step) {
         offset = breaker->next();
@@ -101,7 +103,6 @@ int64_t characterIndexOfOffset(std::u16string_view text, int64_t position) {
     QUOD_PRECONDITION(position >= 0 && position <= static_cast<int64_t>(text.size()),
                       "position outside the text");
     Breaker breaker(Unit::character, text, icu::Locale::getRoot());
-    if (!breaker.valid()) return position;
     int64_t count = 0;
     breaker->first();
     for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE && end <= position;
@@ -115,7 +116,6 @@ Range wordBreakSegment(std::u16string_view text, int64_t position, const icu::Lo
     QUOD_PRECONDITION(position >= 0 && position < static_cast<int64_t>(text.size()),
                       "position outside the text");
     Breaker breaker(Unit::word, text, locale);
-    if (!breaker.valid()) return {position, 1};
     const int64_t start = boundaryAtOrBefore(*breaker, position);
     const int64_t end = breaker->following(static_cast<int32_t>(position));
     return {start, end - start};
@@ -124,9 +124,9 @@ Range wordBreakSegment(std::u16string_view text, int64_t position, const icu::Lo
 std::vector<Range> wordRanges(std::u16string_view text, const icu::Locale& locale) {
     std::vector<Range> words;
     Breaker breaker(Unit::word, text, locale);
-    if (!breaker.valid()) return words;
     int32_t start = breaker->first();
-    for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE; start = end, end = breaker->next()) {
+    for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE;
+         start = end, end = breaker->next()) {
         if (breaker->getRuleStatus() >= UBRK_WORD_NONE_LIMIT) words.push_back({start, end - start});
     }
     return words;

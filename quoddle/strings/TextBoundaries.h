@@ -5,16 +5,18 @@
 // word break rules for a locale; a segment is a word when its rule status says letter, number,
 // kana or ideograph (spaces, punctuation, symbols and emoji are segments too, but not words).
 // All positions are UTF-16 offsets into the given text; the text is read, never copied, and must
-// outlive only the call.
+// outlive only the call. ICU data missing from the installation, or a text of 2^31 units or more,
+// stops the process.
 #pragma once
+
+#include <unicode/locid.h>
 
 #include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
 
-#include <unicode/locid.h>
-
+#include "quoddle/base/Precondition.h"
 #include "quoddle/base/Range.h"
 
 namespace quod {
@@ -27,7 +29,8 @@ namespace quod {
 
 // UTF-16 offset reached by stepping `characters` clusters forward from the start of the text;
 // no value when the text has fewer clusters.
-[[nodiscard]] std::optional<int64_t> offsetOfCharacter(std::u16string_view text, int64_t characters);
+[[nodiscard]] std::optional<int64_t> offsetOfCharacter(std::u16string_view text,
+                                                       int64_t characters);
 
 // Number of whole clusters in [0, position): a position inside a cluster rounds down.
 [[nodiscard]] int64_t characterIndexOfOffset(std::u16string_view text, int64_t position);

@@ -4,7 +4,9 @@
 
 namespace quod {
 
-LineStartIndex::LineStartIndex() { starts_.insert(0, int64_t{0}); }
+LineStartIndex::LineStartIndex() {
+    starts_.insert(0, int64_t{0});
+}
 
 LineStartIndex::LineStartIndex(std::vector<int64_t>&& starts) {
     QUOD_PRECONDITION(!starts.empty() && starts.front() == 0, "line 0 must start at 0");
@@ -74,7 +76,8 @@ void LineStartIndex::removeStarts(int64_t line, int64_t count) {
 }
 
 void LineStartIndex::applyStepUpTo(int64_t line) {
-    if (stepLength_ != 0 && line > stepLine_) starts_.addToRange(stepLine_ + 1, line + 1, stepLength_);
+    if (stepLength_ != 0 && line > stepLine_)
+        starts_.addToRange(stepLine_ + 1, line + 1, stepLength_);
     stepLine_ = line;
     if (stepLine_ >= lineCount() - 1) {
         stepLine_ = lineCount() - 1;
@@ -83,7 +86,8 @@ void LineStartIndex::applyStepUpTo(int64_t line) {
 }
 
 void LineStartIndex::unapplyStepDownTo(int64_t line) {
-    if (stepLength_ != 0 && line < stepLine_) starts_.addToRange(line + 1, stepLine_ + 1, -stepLength_);
+    if (stepLength_ != 0 && line < stepLine_)
+        starts_.addToRange(line + 1, stepLine_ + 1, -stepLength_);
     stepLine_ = line;
 }
 

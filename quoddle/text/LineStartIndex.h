@@ -17,7 +17,7 @@
 namespace quod {
 
 class LineStartIndex {
-public:
+  public:
     LineStartIndex();
 
     // Builds the index from starts already found (the first must be 0), as loading does.
@@ -40,7 +40,7 @@ public:
     // Removes the starts of lines [line, line + count); line 0 cannot be removed.
     void removeStarts(int64_t line, int64_t count);
 
-private:
+  private:
     void applyStepUpTo(int64_t line);
     void unapplyStepDownTo(int64_t line);
 

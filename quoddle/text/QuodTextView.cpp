@@ -82,8 +82,8 @@ Range QuodTextView::selectionRangeForProposedRange(Range proposed,
             if (proposed.length == 0) return {start, 0};
             const Range lastLine = storage_.lineRangeForRange({proposed.end() - 1, 0});
             const std::u16string text = storage_.substringWithRange(lastLine);
-            const Range last = composedCharacterRange(
-                text, {proposed.end() - 1 - lastLine.location, 1});
+            const Range last =
+                composedCharacterRange(text, {proposed.end() - 1 - lastLine.location, 1});
             return {start, lastLine.location + last.end() - start};
         }
         case SelectionGranularity::selectByWord:
@@ -123,7 +123,8 @@ Range QuodTextView::wordRangeForProposedRange(Range proposed) const {
 }
 
 void QuodTextView::selectWord() {
-    setSelectedRange(selectionRangeForProposedRange(selectedRange_, SelectionGranularity::selectByWord));
+    setSelectedRange(
+        selectionRangeForProposedRange(selectedRange_, SelectionGranularity::selectByWord));
 }
 
 void QuodTextView::selectParagraph() {
@@ -131,7 +132,9 @@ void QuodTextView::selectParagraph() {
         selectionRangeForProposedRange(selectedRange_, SelectionGranularity::selectByParagraph));
 }
 
-void QuodTextView::selectAll() { setSelectedRange({0, length()}); }
+void QuodTextView::selectAll() {
+    setSelectedRange({0, length()});
+}
 
 void QuodTextView::scrollRangeToVisible(Range range) {
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
@@ -143,7 +146,9 @@ void QuodTextView::showFindIndicatorForRange(Range range) {
     findIndicatorRequested.emit(range);
 }
 
-void QuodTextView::beep() { alertRequested.emit(); }
+void QuodTextView::beep() {
+    alertRequested.emit();
+}
 
 void QuodTextView::undo() {
     QUOD_PRECONDITION(openChanges_ == 0, "undo inside an open change");

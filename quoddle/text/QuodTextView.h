@@ -9,8 +9,9 @@
 // undo restores both the text and the selection the command started from.
 //
 // The view stays silent and toolkit-free: text and selection changes, scroll requests, find
-// indicators and the system alert are signals that a host (or the Qt layer) turns into real effects.
-// Ranges outside the text and negative counts are programming errors that stop the process.
+// indicators and the system alert are signals that a host (or the Qt layer) turns into real
+// effects. Ranges outside the text and negative counts are programming errors that stop the
+// process.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +30,7 @@ class QuodTextView;
 
 // May refuse a change; held weakly by the view.
 class QuodTextViewDelegate {
-public:
+  public:
     virtual ~QuodTextViewDelegate() = default;
     virtual bool textViewShouldChangeText(QuodTextView& view, Range range,
                                           std::u16string_view replacementString) = 0;
@@ -38,7 +39,7 @@ public:
 enum class SelectionGranularity { selectByCharacter, selectByWord, selectByParagraph };
 
 class QuodTextView {
-public:
+  public:
     QuodTextView();
     explicit QuodTextView(std::u16string_view text);
     explicit QuodTextView(TextStorage&& storage);
@@ -57,7 +58,9 @@ public:
 
     [[nodiscard]] bool isEditable() const { return editable_; }
     void setEditable(bool editable) { editable_ = editable; }
-    void setDelegate(std::weak_ptr<QuodTextViewDelegate> delegate) { delegate_ = std::move(delegate); }
+    void setDelegate(std::weak_ptr<QuodTextViewDelegate> delegate) {
+        delegate_ = std::move(delegate);
+    }
     // Always true: the surface paints its whole bounds.
     [[nodiscard]] bool isOpaque() const { return true; }
 
@@ -113,7 +116,7 @@ public:
 
     // One undo step around a command that changes the text more than once.
     class UndoGroup {
-    public:
+      public:
         explicit UndoGroup(QuodTextView& view) : view_(view) {
             view_.undoManager_.beginUndoGrouping(view_.selectedRange_);
         }
@@ -121,11 +124,11 @@ public:
         UndoGroup(const UndoGroup&) = delete;
         UndoGroup& operator=(const UndoGroup&) = delete;
 
-    private:
+      private:
         QuodTextView& view_;
     };
 
-private:
+  private:
     Range wordRangeForProposedRange(Range proposed) const;
     void adjustSelectionForReplacement(Range range, int64_t newLength);
     void restoreSelection(std::optional<Range> selection);

@@ -1,23 +1,17 @@
 #include "quoddle/text/TextStorage.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <vector>
 
 #include "quoddle/base/Utf.h"
 
 namespace quod {
-namespace {
-
-// A line starts at position p > 0 when unit p-1 ends a line, except between the CR and LF of a
-// pair. `unitAt` answers for any position below `length`.
-template <typename UnitAt>
-bool startsLine(int64_t position, int64_t length, const UnitAt& unitAt) {
-    const char16_t before = unitAt(position - 1);
-    if (!isLineTerminator(before)) return false;
-    return !(before == u'\r' && position < length && unitAt(position) == u'\n');
-}
-
-}  // namespace
 
 TextStorage::TextStorage() = default;
 
@@ -33,32 +27,56 @@ TextStorage::TextStorage(SplitVector<char16_t>&& buffer) : buffer_(std::move(buf
 TextStorage TextStorage::fromUtf8(std::string_view bytes) {
     std::vector<char16_t> units(bytes.size());
     const auto decoded = internal::decodeUtf8(bytes, units.data());
-    return TextStorage(SplitVector<char16_t>(std::move(units), static_cast<int64_t>(decoded.unitsWritten)));
+    return TextStorage(
+        SplitVector<char16_t>(std::move(units), static_cast<int64_t>(decoded.unitsWritten)));
+}
+
+std::optional<TextStorage> TextStorage::fromUtf8File(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return std::nullopt;
+    struct FileCloser {
+        int descriptor;
+        ~FileCloser() { ::close(descriptor); }
+    } closer{descriptor};
+
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
+        const auto size = static_cast<std::size_t>(status.st_size);
+        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, descriptor, 0);
+        if (mapping != MAP_FAILED) {
+            ::madvise(mapping, size, MADV_SEQUENTIAL);
+            TextStorage storage = fromUtf8({static_cast<const char*>(mapping), size});
+            ::munmap(mapping, size);
+            return storage;
+        }
+    }
+    std::string bytes;
+    char chunk[65536];
+    for (;;) {
+        const ssize_t count = ::read(descriptor, chunk, sizeof chunk);
+        if (count == 0) break;
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return std::nullopt;
+        }
+        bytes.append(chunk, static_cast<std::size_t>(count));
+    }
+    return fromUtf8(bytes);
 }
 
 void TextStorage::indexWholeText() {
-    const int64_t length = buffer_.length();
+    const std::span<const char16_t> text = buffer_.contiguousContent();
     std::vector<int64_t> starts;
-    starts.reserve(static_cast<std::size_t>(length / 48 + 1));
+    starts.reserve(text.size() / 48 + 1);
     starts.push_back(0);
-    auto [first, second] = buffer_.pieces(0, length);
-    int64_t position = 0;
-    char16_t previous = 0;
-    for (auto piece : {first, second}) {
-        for (const char16_t unit : piece) {
-            if (isLineTerminator(previous) && !(previous == u'\r' && unit == u'\n')) {
-                starts.push_back(position);
-            }
-            previous = unit;
-            ++position;
-        }
-    }
-    if (length > 0 && isLineTerminator(previous)) starts.push_back(length);
+    appendLineStarts({text.data(), text.size()}, 0, false, starts);
     starts.shrink_to_fit();
     lines_ = LineStartIndex(std::move(starts));
 }
 
-std::u16string TextStorage::string() const { return substringWithRange({0, length()}); }
+std::u16string TextStorage::string() const {
+    return substringWithRange({0, length()});
+}
 
 char16_t TextStorage::characterAtIndex(int64_t index) const {
     QUOD_PRECONDITION(index >= 0 && index < length(), "character index outside the text");
@@ -93,7 +111,8 @@ Range TextStorage::rangeOfLine(int64_t line) const {
 
 int64_t TextStorage::terminatorLengthBefore(int64_t end, int64_t lineStart) const {
     if (end == lineStart || !isLineTerminator(buffer_.at(end - 1))) return 0;
-    const bool pair = end - 2 >= lineStart && buffer_.at(end - 1) == u'\n' && buffer_.at(end - 2) == u'\r';
+    const bool pair =
+        end - 2 >= lineStart && buffer_.at(end - 1) == u'\n' && buffer_.at(end - 2) == u'\r';
     return pair ? 2 : 1;
 }
 
@@ -126,9 +145,12 @@ LineBounds TextStorage::paragraphBoundsForRange(Range range) const {
     return {lines_.start(firstLine), end, contentsEnd};
 }
 
-Range TextStorage::lineRangeForRange(Range range) const { return lineBoundsForRange(range).range(); }
+Range TextStorage::lineRangeForRange(Range range) const {
+    return lineBoundsForRange(range).range();
+}
 
-void TextStorage::getLineStart(int64_t* start, int64_t* end, int64_t* contentsEnd, Range range) const {
+void TextStorage::getLineStart(int64_t* start, int64_t* end, int64_t* contentsEnd,
+                               Range range) const {
     const LineBounds bounds = lineBoundsForRange(range);
     if (start != nullptr) *start = bounds.start;
     if (end != nullptr) *end = bounds.end;
@@ -155,14 +177,16 @@ void TextStorage::replaceCharactersInRange(Range range, std::u16string_view text
     buffer_.insert(location, std::span<const char16_t>(text.data(), text.size()));
 
     const int64_t newLength = length();
-    const auto unitAt = [&](int64_t position) {
-        const int64_t offset = position - location;
-        return offset >= 0 && offset < inserted ? text[offset] : buffer_.at(position);
-    };
+    const int64_t afterInsertion = location + inserted;
     std::vector<int64_t> starts;
-    for (int64_t position = low; position <= location + inserted; ++position) {
-        if (startsLine(position, newLength, unitAt)) starts.push_back(position);
+    if (location > 0) {
+        // The unit before the change may now end a line, or stop being the CR of a pair.
+        const char16_t before = buffer_.at(location - 1);
+        const bool pairs = before == u'\r' && location < newLength && buffer_.at(location) == u'\n';
+        if (isLineTerminator(before) && !pairs) starts.push_back(location);
     }
+    const bool nextIsLineFeed = afterInsertion < newLength && buffer_.at(afterInsertion) == u'\n';
+    appendLineStarts(text, location, nextIsLineFeed, starts);
     lines_.insertStarts(firstLine, starts);
 
     didProcessEditing.emit(TextStorageEdit{{location, inserted}, delta});

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,13 +27,18 @@ struct TextStorageEdit {
 };
 
 class TextStorage {
-public:
+  public:
     TextStorage();
     explicit TextStorage(std::u16string_view text);
 
     // Decodes UTF-8 (ill-formed sequences become U+FFFD) straight into the buffer and indexes it;
     // for mostly-ASCII text the storage needs twice the bytes plus eight bytes a line.
     [[nodiscard]] static TextStorage fromUtf8(std::string_view bytes);
+
+    // Loads a UTF-8 file, decoding straight from a read-only mapping of it (so the bytes are never
+    // copied), or by reading when it cannot be mapped (pipes, special files). No value when the
+    // file cannot be opened or read.
+    [[nodiscard]] static std::optional<TextStorage> fromUtf8File(const std::string& path);
 
     [[nodiscard]] std::u16string string() const;
     [[nodiscard]] int64_t length() const { return buffer_.length(); }
@@ -58,7 +64,7 @@ public:
 
     Signal<TextStorage, const TextStorageEdit&> didProcessEditing;
 
-private:
+  private:
     TextStorage(SplitVector<char16_t>&& buffer);
     void indexWholeText();
     int64_t endOfLine(int64_t line) const;

@@ -1,7 +1,5 @@
 #include "quoddle/text/UndoManager.h"
 
-#include <utility>
-
 namespace quod {
 
 void UndoManager::Replacement::swap(TextStorage& storage) {
@@ -9,7 +7,8 @@ void UndoManager::Replacement::swap(TextStorage& storage) {
     const auto restoredLength = static_cast<int64_t>(text.size());
     storage.replaceCharactersInRange(range, text);
     range.length = restoredLength;
-    text = std::move(current);
+    // A swap, not a move: moving a short string into a long one would keep the long one's buffer.
+    text.swap(current);
 }
 
 void UndoManager::beginUndoGrouping(Range selection) {
@@ -51,7 +50,8 @@ std::optional<Range> UndoManager::redo(TextStorage& storage) {
     if (redoStack_.empty()) return std::nullopt;
     Group group = std::move(redoStack_.back());
     redoStack_.pop_back();
-    for (Replacement& replacement : group.replacements) replacement.swap(storage);
+    for (Replacement& replacement : group.replacements)
+        replacement.swap(storage);
     const Range selection = group.selectionAfter;
     undoStack_.push_back(std::move(group));
     return selection;

@@ -23,7 +23,7 @@
 namespace quod {
 
 class UndoManager {
-public:
+  public:
     void beginUndoGrouping(Range selection);
     void endUndoGrouping(Range selection);
     [[nodiscard]] int64_t groupingLevel() const { return level_; }
@@ -44,9 +44,9 @@ public:
 
     void removeAllActions();
 
-private:
+  private:
     struct Replacement {
-        Range range;        // where the text to be swapped out lies now
+        Range range;          // where the text to be swapped out lies now
         std::u16string text;  // what goes back in its place
         void swap(TextStorage& storage);
     };

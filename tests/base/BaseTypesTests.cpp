@@ -38,7 +38,8 @@ TEST(SplitVector, MatchesAPlainVectorUnderRandomEdits) {
     SplitVector<int64_t> split;
     std::vector<int64_t> model;
     for (int step = 0; step < 5000; ++step) {
-        const int64_t position = std::uniform_int_distribution<int64_t>(0, std::ssize(model))(random);
+        const int64_t position =
+            std::uniform_int_distribution<int64_t>(0, std::ssize(model))(random);
         switch (random() % 3) {
             case 0: {
                 std::vector<int64_t> values(random() % 9, step);
@@ -53,9 +54,11 @@ TEST(SplitVector, MatchesAPlainVectorUnderRandomEdits) {
                 break;
             }
             default: {
-                const int64_t last = std::uniform_int_distribution<int64_t>(position, std::ssize(model))(random);
+                const int64_t last =
+                    std::uniform_int_distribution<int64_t>(position, std::ssize(model))(random);
                 split.addToRange(position, last, 3);
-                for (int64_t i = position; i < last; ++i) model[i] += 3;
+                for (int64_t i = position; i < last; ++i)
+                    model[i] += 3;
             }
         }
         ASSERT_EQ(split.length(), std::ssize(model));

@@ -1,6 +1,6 @@
-#include "quoddle/base/Utf.h"
-
 #include <gtest/gtest.h>
+
+#include "quoddle/base/Utf.h"
 
 namespace quod {
 namespace {
@@ -36,7 +36,9 @@ TEST(Utf, IllFormedSequencesBecomeOneReplacementEach) {
 }
 
 TEST(Utf, UnpairedSurrogatesEncodeAsReplacement) {
-    EXPECT_EQ(toUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}), "a\xEF\xBF\xBD" "b");
+    EXPECT_EQ(toUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}),
+              "a\xEF\xBF\xBD"
+              "b");
     EXPECT_EQ(toUtf8(std::u16string{char16_t(0xDC00)}), "\xEF\xBF\xBD");
     EXPECT_EQ(toUtf8(std::u16string{char16_t(0xD83D)}), "\xEF\xBF\xBD");
 }

@@ -14,8 +14,8 @@ namespace quod {
 namespace {
 
 // Pieces of text that exercise the index: every terminator kind, a surrogate pair, plain letters.
-const std::u16string atoms[] = {u"a", u"b", u" ", u"\n", u"\r", u"\r\n", u"\u0085", u"\u2028",
-                                u"\u2029", u"😀", u"é", u"\u000B"};
+const std::u16string atoms[] = {u"a",      u"b",      u" ",      u"\n", u"\r", u"\r\n",
+                                u"\u0085", u"\u2028", u"\u2029", u"😀",  u"é",  u"\u000B"};
 
 struct Edit {
     enum Kind { replace, replaceTwiceInOneStep, refusedReplace, undo, redo } kind;
@@ -34,11 +34,12 @@ struct Arbitrary<quod::Edit> {
     static Gen<quod::Edit> arbitrary() {
         using quod::Edit;
         return gen::build<Edit>(
-            gen::set(&Edit::kind, gen::weightedElement<Edit::Kind>({{6, Edit::replace},
-                                                                   {1, Edit::replaceTwiceInOneStep},
-                                                                   {1, Edit::refusedReplace},
-                                                                   {2, Edit::undo},
-                                                                   {2, Edit::redo}})),
+            gen::set(&Edit::kind,
+                     gen::weightedElement<Edit::Kind>({{6, Edit::replace},
+                                                       {1, Edit::replaceTwiceInOneStep},
+                                                       {1, Edit::refusedReplace},
+                                                       {2, Edit::undo},
+                                                       {2, Edit::redo}})),
             gen::set(&Edit::location, gen::arbitrary<uint32_t>()),
             gen::set(&Edit::length, gen::inRange<uint32_t>(0, 12)),
             gen::set(&Edit::atomIndexes, gen::container<std::vector<int>>(gen::inRange(0, 12))),
@@ -56,7 +57,9 @@ struct Snapshot {
     bool operator==(const Snapshot&) const = default;
 };
 
-Snapshot snapshotOf(const QuodTextView& view) { return {view.string(), view.selectedRange()}; }
+Snapshot snapshotOf(const QuodTextView& view) {
+    return {view.string(), view.selectedRange()};
+}
 
 int64_t numberOfLinesByWalking(const std::u16string& text) {
     const auto n = static_cast<int64_t>(text.size());
@@ -76,10 +79,12 @@ void checkIndexAgainstText(const QuodTextView& view, const std::u16string& text)
     std::vector<int64_t> starts{0};
     for (int64_t position = 0; position < std::ssize(text);) {
         position = lineBounds(text, {position, 0}).end;
-        if (position < std::ssize(text) || isLineTerminator(text.back())) starts.push_back(position);
+        if (position < std::ssize(text) || isLineTerminator(text.back()))
+            starts.push_back(position);
     }
     RC_ASSERT(storage.lineCount() == std::ssize(starts));
-    for (int64_t line = 0; line < std::ssize(starts); ++line) RC_ASSERT(storage.startOfLine(line) == starts[line]);
+    for (int64_t line = 0; line < std::ssize(starts); ++line)
+        RC_ASSERT(storage.startOfLine(line) == starts[line]);
     RC_ASSERT(view.numberOfLines() == numberOfLinesByWalking(text));
     for (int64_t position = 0; position <= std::ssize(text); position += 3) {
         RC_ASSERT(storage.lineBoundsForRange({position, 0}) == lineBounds(text, {position, 0}));
@@ -88,7 +93,8 @@ void checkIndexAgainstText(const QuodTextView& view, const std::u16string& text)
     RC_ASSERT(selection.isInside(std::ssize(text)));
 }
 
-RC_GTEST_PROP(EditingProperty, StorageIndexAndUndoMatchANaiveModel, (const std::vector<Edit>& edits)) {
+RC_GTEST_PROP(EditingProperty, StorageIndexAndUndoMatchANaiveModel,
+              (const std::vector<Edit>& edits)) {
     QuodTextView view(u"start\r\nof the\ntext");
     std::u16string model = view.string();
     std::vector<std::pair<Snapshot, Snapshot>> undoModel;  // (before, after) per step
@@ -99,7 +105,8 @@ RC_GTEST_PROP(EditingProperty, StorageIndexAndUndoMatchANaiveModel, (const std::
         const int64_t location = edit.location % (length + 1);
         const int64_t count = std::min<int64_t>(edit.length, length - location);
         std::u16string inserted;
-        for (int atom : edit.atomIndexes) inserted += atoms[atom];
+        for (int atom : edit.atomIndexes)
+            inserted += atoms[atom];
 
         switch (edit.kind) {
             case Edit::replace:
@@ -114,7 +121,8 @@ RC_GTEST_PROP(EditingProperty, StorageIndexAndUndoMatchANaiveModel, (const std::
                     break;
                 }
                 model.replace(location, count, inserted);
-                if (edit.select) RC_ASSERT(view.selectedRange() == (Range{location, std::ssize(inserted)}));
+                if (edit.select)
+                    RC_ASSERT(view.selectedRange() == (Range{location, std::ssize(inserted)}));
                 undoModel.emplace_back(before, snapshotOf(view));
                 redoModel.clear();
                 break;

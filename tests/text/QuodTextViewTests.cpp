@@ -1,8 +1,7 @@
-#include "quoddle/text/QuodTextView.h"
-
 #include <gtest/gtest.h>
 
 #include "quoddle/base/CurrentLocale.h"
+#include "quoddle/text/QuodTextView.h"
 
 namespace quod {
 namespace {
@@ -21,8 +20,13 @@ TEST(QuodTextView, SelectionWidensAnInsertionPointToItsLine) {
 }
 
 TEST(QuodTextView, CountsLinesOfTheTextAndOfTheSelection) {
-    for (auto [text, lines] : {std::pair{u"", 1}, {u"x", 1}, {u"x\n", 2}, {u"x\r\n", 2},
-                               {u"x\ny", 2}, {u"x\n\n", 3}, {u"x\r\r\n", 3}}) {
+    for (auto [text, lines] : {std::pair{u"", 1},
+                               {u"x", 1},
+                               {u"x\n", 2},
+                               {u"x\r\n", 2},
+                               {u"x\ny", 2},
+                               {u"x\n\n", 3},
+                               {u"x\r\r\n", 3}}) {
         EXPECT_EQ(QuodTextView(text).numberOfLines(), lines) << std::u16string(text).size();
     }
     EXPECT_EQ(viewWith(u"a\nb\nc", {2, 2})->numberOfLinesSelected(), 1);  // b LF
@@ -46,8 +50,10 @@ TEST(QuodTextView, SelectLinesCoversWholeLinesFromTheLineOfLocation) {
 TEST(QuodTextView, SelectLineNumberSelectsScrollsAndHighlights) {
     QuodTextView view(u"one\ntwo\n");
     std::vector<Range> scrolled, highlighted;
-    Connection scrolling = view.scrollRangeToVisibleRequested.connect([&](Range r) { scrolled.push_back(r); });
-    Connection finding = view.findIndicatorRequested.connect([&](Range r) { highlighted.push_back(r); });
+    Connection scrolling =
+        view.scrollRangeToVisibleRequested.connect([&](Range r) { scrolled.push_back(r); });
+    Connection finding =
+        view.findIndicatorRequested.connect([&](Range r) { highlighted.push_back(r); });
     view.selectLineNumber(2);
     EXPECT_EQ(view.selectedRange(), (Range{4, 4}));
     view.selectLineNumber(0);
@@ -71,7 +77,7 @@ TEST(QuodTextView, ReplaceWithUndoSelectsTheNewTextInUtf16Units) {
 }
 
 class Refuser : public QuodTextViewDelegate {
-public:
+  public:
     bool textViewShouldChangeText(QuodTextView&, Range range, std::u16string_view) override {
         asked.push_back(range);
         return false;
@@ -161,11 +167,11 @@ TEST(QuodTextView, WidensByCharacterWordAndParagraph) {
     EXPECT_EQ(widen({4, 0}, selectByCharacter), (Range{3, 0}));
     EXPECT_EQ(widen({0, 2}, selectByCharacter), (Range{0, 2}));
     EXPECT_EQ(widen({1, 0}, selectByWord), (Range{0, 5}));
-    EXPECT_EQ(widen({5, 0}, selectByWord), (Range{5, 1}));   // the space after the word
-    EXPECT_EQ(widen({7, 1}, selectByWord), (Range{6, 3}));   // x.y
+    EXPECT_EQ(widen({5, 0}, selectByWord), (Range{5, 1}));  // the space after the word
+    EXPECT_EQ(widen({7, 1}, selectByWord), (Range{6, 3}));  // x.y
     EXPECT_EQ(widen({2, 6}, selectByWord), (Range{0, 9}));
-    EXPECT_EQ(widen({14, 0}, selectByWord), (Range{11, 3}));  // end of line: the word before
-    EXPECT_EQ(widen({25, 0}, selectByWord), (Range{25, 0}));  // empty line: nothing
+    EXPECT_EQ(widen({14, 0}, selectByWord), (Range{11, 3}));      // end of line: the word before
+    EXPECT_EQ(widen({25, 0}, selectByWord), (Range{25, 0}));      // empty line: nothing
     EXPECT_EQ(widen({1, 0}, selectByParagraph), (Range{0, 20}));  // U+2028 ends no paragraph
     EXPECT_EQ(widen({21, 2}, selectByParagraph), (Range{20, 5}));
 
@@ -192,8 +198,9 @@ TEST(QuodTextViewDeathTest, ProgrammingErrorsStop) {
     EXPECT_DEATH(view.selectLines(-1, 0), "negative line count");
     EXPECT_DEATH(view.setSelectedRange({2, 2}), "outside the text");
     EXPECT_DEATH(view.replaceWithUndo(u"x", {4, 0}, false), "outside the text");
-    EXPECT_DEATH((void)view.selectionRangeForProposedRange({0, 9}, SelectionGranularity::selectByWord),
-                 "outside the text");
+    EXPECT_DEATH(
+        (void)view.selectionRangeForProposedRange({0, 9}, SelectionGranularity::selectByWord),
+        "outside the text");
 }
 
 }  // namespace

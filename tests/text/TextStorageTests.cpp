@@ -1,17 +1,17 @@
-#include "quoddle/text/TextStorage.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "quoddle/strings/LineFunctions.h"
+#include "quoddle/text/TextStorage.h"
 
 namespace quod {
 namespace {
 
 std::vector<int64_t> lineStartsOf(const TextStorage& storage) {
     std::vector<int64_t> starts;
-    for (int64_t line = 0; line < storage.lineCount(); ++line) starts.push_back(storage.startOfLine(line));
+    for (int64_t line = 0; line < storage.lineCount(); ++line)
+        starts.push_back(storage.startOfLine(line));
     return starts;
 }
 
@@ -34,7 +34,8 @@ TEST(TextStorage, AnswersLineQuestionsAsTheScanningFunctions) {
         for (int64_t length = 0; location + length <= std::ssize(text); ++length) {
             const Range range{location, length};
             ASSERT_EQ(storage.lineBoundsForRange(range), lineBounds(text, range)) << range;
-            ASSERT_EQ(storage.paragraphBoundsForRange(range), paragraphBounds(text, range)) << range;
+            ASSERT_EQ(storage.paragraphBoundsForRange(range), paragraphBounds(text, range))
+                << range;
         }
     }
     int64_t start = -1, end = -1, contentsEnd = -1;
@@ -61,8 +62,9 @@ TEST(TextStorage, EditsThatJoinOrSplitCrLfPairsUpdateTheIndex) {
 TEST(TextStorage, TellsObserversWhereTheNewTextLies) {
     TextStorage storage(u"hello world");
     std::vector<std::pair<Range, int64_t>> edits;
-    Connection connection = storage.didProcessEditing.connect(
-        [&](const TextStorageEdit& edit) { edits.emplace_back(edit.editedRange, edit.changeInLength); });
+    Connection connection = storage.didProcessEditing.connect([&](const TextStorageEdit& edit) {
+        edits.emplace_back(edit.editedRange, edit.changeInLength);
+    });
     storage.replaceCharactersInRange({6, 5}, u"there!");
     storage.replaceCharactersInRange({0, 6}, u"");
     EXPECT_EQ(storage.string(), u"there!");

@@ -1,0 +1,257 @@
+// The text storage against a plain std::u16string baseline, at 1, 10 and 100 MB documents.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <vector>
+
+#include "DocumentGenerator.h"
+#include "quoddle/base/Utf.h"
+#include "quoddle/strings/LineFunctions.h"
+#include "quoddle/text/QuodTextView.h"
+
+namespace quod::bench {
+namespace {
+
+void documentSizes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
+}
+
+// The cursor wanders a few units either way between edits, as when typing and correcting.
+class WanderingCursor {
+  public:
+    explicit WanderingCursor(int64_t length) : position_(length / 2) {}
+    int64_t next(int64_t length) {
+        position_ = std::clamp<int64_t>(position_ + static_cast<int64_t>(random_() % 81) - 40, 1,
+                                        length - 1);
+        return position_;
+    }
+
+  private:
+    std::mt19937 random_{1};
+    int64_t position_;
+};
+
+// One insert and one delete of a single character per iteration.
+void BM_EditNearCursor_TextStorage(benchmark::State& state) {
+    TextStorage storage(utf16Document(state.range(0) * megabyte));
+    WanderingCursor cursor(storage.length());
+    // The first edit opens the gap in the middle of the document; the measurement is of typing.
+    storage.replaceCharactersInRange({storage.length() / 2, 0}, u"x");
+    for (auto _ : state) {
+        const int64_t at = cursor.next(storage.length());
+        storage.replaceCharactersInRange({at, 0}, u"x");
+        storage.replaceCharactersInRange({at - 1, 1}, u"");
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditNearCursor_TextStorage)->Apply(documentSizes);
+
+void BM_EditNearCursor_ViewWithUndo(benchmark::State& state) {
+    QuodTextView view(utf16Document(state.range(0) * megabyte));
+    WanderingCursor cursor(view.length());
+    view.replaceWithUndo(u"x", {view.length() / 2, 0}, false);
+    for (auto _ : state) {
+        const int64_t at = cursor.next(view.length());
+        view.replaceWithUndo(u"x", {at, 0}, false);
+        view.replaceWithUndo(u"", {at - 1, 1}, false);
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditNearCursor_ViewWithUndo)->Apply(documentSizes);
+
+void BM_EditNearCursor_NaiveString(benchmark::State& state) {
+    std::u16string text = utf16Document(state.range(0) * megabyte);
+    WanderingCursor cursor(std::ssize(text));
+    text.insert(text.size() / 2, 1, u'x');  // pays the one reallocation before measuring
+    for (auto _ : state) {
+        const int64_t at = cursor.next(std::ssize(text));
+        text.insert(static_cast<std::size_t>(at), 1, u'x');
+        text.erase(static_cast<std::size_t>(at - 1), 1);
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditNearCursor_NaiveString)->Apply(documentSizes);
+
+// Edits anywhere: the gap travels a third of the document on average.
+void BM_EditAtRandomPositions_TextStorage(benchmark::State& state) {
+    TextStorage storage(utf16Document(state.range(0) * megabyte));
+    std::mt19937_64 random(3);
+    storage.replaceCharactersInRange({0, 0}, u"x");  // grow the gap before measuring
+    for (auto _ : state) {
+        storage.replaceCharactersInRange({static_cast<int64_t>(random() % storage.length()), 0},
+                                         u"x");
+        storage.replaceCharactersInRange({static_cast<int64_t>(random() % storage.length()), 1},
+                                         u"");
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditAtRandomPositions_TextStorage)->Apply(documentSizes);
+
+void BM_EditAtRandomPositions_NaiveString(benchmark::State& state) {
+    std::u16string text = utf16Document(state.range(0) * megabyte);
+    std::mt19937_64 random(3);
+    for (auto _ : state) {
+        text.insert(random() % text.size(), 1, u'x');
+        text.erase(random() % text.size(), 1);
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditAtRandomPositions_NaiveString)->Apply(documentSizes);
+
+std::vector<int64_t> randomPositions(int64_t limit) {
+    std::mt19937_64 random(5);
+    std::vector<int64_t> positions(4096);
+    for (int64_t& position : positions)
+        position = static_cast<int64_t>(random() % limit);
+    return positions;
+}
+
+// After one edit in the middle, so the index has a pending shift as it would while typing.
+TextStorage editedStorage(int64_t megabytes) {
+    TextStorage storage(utf16Document(megabytes * megabyte));
+    storage.replaceCharactersInRange({storage.length() / 2, 0}, u"\n");
+    return storage;
+}
+
+void BM_LineRangeForRange_TextStorage(benchmark::State& state) {
+    const TextStorage storage = editedStorage(state.range(0));
+    const auto positions = randomPositions(storage.length());
+    std::size_t next = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            storage.lineRangeForRange({positions[next++ % positions.size()], 0}));
+    }
+}
+BENCHMARK(BM_LineRangeForRange_TextStorage)->Apply(documentSizes);
+
+void BM_LineRangeForRange_NaiveString(benchmark::State& state) {
+    const std::u16string& text = utf16Document(state.range(0) * megabyte);
+    const auto positions = randomPositions(std::ssize(text));
+    std::size_t next = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(lineRange(text, {positions[next++ % positions.size()], 0}));
+    }
+}
+BENCHMARK(BM_LineRangeForRange_NaiveString)->Apply(documentSizes);
+
+void BM_LineByNumber_TextStorage(benchmark::State& state) {
+    const TextStorage storage = editedStorage(state.range(0));
+    const auto lines = randomPositions(storage.lineCount());
+    std::size_t next = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(storage.rangeOfLine(lines[next++ % lines.size()]));
+}
+BENCHMARK(BM_LineByNumber_TextStorage)->Apply(documentSizes);
+
+void BM_LineOfPosition_TextStorage(benchmark::State& state) {
+    const TextStorage storage = editedStorage(state.range(0));
+    const auto positions = randomPositions(storage.length());
+    std::size_t next = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(storage.lineIndexOfPosition(positions[next++ % positions.size()]));
+    }
+}
+BENCHMARK(BM_LineOfPosition_TextStorage)->Apply(documentSizes);
+
+// Without an index, finding line k means walking k lines from the start.
+void BM_LineByNumber_NaiveString(benchmark::State& state) {
+    const std::u16string& text = utf16Document(state.range(0) * megabyte);
+    const auto lines = randomPositions(std::ssize(text) / 60);
+    std::size_t next = 0;
+    for (auto _ : state) {
+        int64_t position = 0;
+        for (int64_t line = lines[next++ % lines.size()]; line > 0 && position < std::ssize(text);
+             --line) {
+            position = lineBounds(text, {position, 0}).end;
+        }
+        benchmark::DoNotOptimize(position);
+    }
+}
+BENCHMARK(BM_LineByNumber_NaiveString)->Apply(documentSizes);
+
+void BM_NumberOfLines_View(benchmark::State& state) {
+    const QuodTextView view(utf16Document(state.range(0) * megabyte));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(view.numberOfLines());
+}
+BENCHMARK(BM_NumberOfLines_View)->Apply(documentSizes);
+
+std::string documentFile(int64_t megabytes) {
+    const std::string path = "/tmp/quoddle-bench-" + std::to_string(megabytes) + "mb.txt";
+    std::ofstream(path, std::ios::binary) << utf8Document(megabytes * megabyte);
+    return path;
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    std::string bytes(static_cast<std::size_t>(file.tellg()), '\0');
+    file.seekg(0);
+    file.read(bytes.data(), std::ssize(bytes));
+    return bytes;
+}
+
+// Mapping the file, decoding it and indexing its lines; reports resident memory per file byte.
+void BM_LoadUtf8File_TextStorage(benchmark::State& state) {
+    const std::string path = documentFile(state.range(0));
+    const auto fileSize = static_cast<int64_t>(utf8Document(state.range(0) * megabyte).size());
+    double memoryPerByte = 0;
+    for (auto _ : state) {
+        malloc_trim(0);
+        const int64_t before = residentBytes();
+        std::optional<TextStorage> storage = TextStorage::fromUtf8File(path);
+        malloc_trim(0);
+        memoryPerByte =
+            static_cast<double>(residentBytes() - before) / static_cast<double>(fileSize);
+        benchmark::DoNotOptimize(storage->lineCount());
+    }
+    state.SetBytesProcessed(state.iterations() * fileSize);
+    state.counters["residentPerFileByte"] = memoryPerByte;
+    std::remove(path.c_str());
+}
+BENCHMARK(BM_LoadUtf8File_TextStorage)->Apply(documentSizes)->Unit(benchmark::kMillisecond);
+
+void BM_LoadUtf8File_NaiveString(benchmark::State& state) {
+    const std::string path = documentFile(state.range(0));
+    int64_t fileSize = 0;
+    for (auto _ : state) {
+        const std::string bytes = readFile(path);
+        fileSize = std::ssize(bytes);
+        benchmark::DoNotOptimize(toUtf16(bytes));
+    }
+    state.SetBytesProcessed(state.iterations() * fileSize);
+    std::remove(path.c_str());
+}
+BENCHMARK(BM_LoadUtf8File_NaiveString)->Apply(documentSizes)->Unit(benchmark::kMillisecond);
+
+// Select all, replace by one word, undo: the history may hold the replaced text once, and after
+// the undo only the word. Memory figures are resident bytes over the document's UTF-16 bytes.
+void BM_ReplaceAllThenUndo_View(benchmark::State& state) {
+    const int64_t textBytes = state.range(0) * megabyte * 2;
+    (void)utf16Document(state.range(0) * megabyte);  // the source copy is not the view's memory
+    double afterReplace = 0, afterUndo = 0, afterRedo = 0;
+    for (auto _ : state) {
+        malloc_trim(0);
+        const int64_t before = residentBytes();
+        QuodTextView view(utf16Document(state.range(0) * megabyte));
+        const int64_t loaded = residentBytes();
+        view.replaceWithUndo(u"word", {0, view.length()}, true);
+        afterReplace = static_cast<double>(residentBytes() - before) / textBytes;
+        view.undo();
+        malloc_trim(0);
+        afterUndo = static_cast<double>(residentBytes() - before) / textBytes;
+        view.redo();
+        afterRedo = static_cast<double>(residentBytes() - before) / textBytes;
+        benchmark::DoNotOptimize(loaded);
+    }
+    state.counters["residentAfterReplace"] = afterReplace;
+    state.counters["residentAfterUndo"] = afterUndo;
+    state.counters["residentAfterRedo"] = afterRedo;
+}
+BENCHMARK(BM_ReplaceAllThenUndo_View)->Arg(100)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace quod::bench

@@ -1,0 +1,64 @@
+// The three line-ending conventions a document can be saved with, and whole-text rewrites of them.
+//
+// A line ending here is CR LF (one ending of two units), a lone CR or a lone LF; NEL (U+0085), LINE
+// SEPARATOR and PARAGRAPH SEPARATOR are left alone by every function below. Each rewrite behaves
+// like a fixed series of literal replace-all passes, but runs as one pass over the text:
+//   - convert to unix:    CR LF -> LF, then the remaining CR -> LF;
+//   - convert to windows: CR LF -> LF, CR -> LF, then LF -> CR LF (so "LF CR" becomes two CR LFs);
+//   - convert to macOS9:  CR LF -> CR, then LF -> CR;
+//   - replaceLineEndingCharacters: CR -> "¶", then LF -> "¶" (CR LF shows as two pilcrows, so the
+//     user sees that the file really holds two characters there);
+//   - removeLineEndings: CR LF, CR and LF all vanish.
+// Converting text that already uses the target convention returns it unchanged.
+//
+// The enumerator `unix` compiles only in a strict ISO mode (-std=c++20, which the project uses):
+// the GNU modes predefine `unix` as a macro.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#ifdef unix
+#error "LineEnding.h needs a strict ISO mode (-std=c++20): the GNU modes define `unix` as a macro"
+#endif
+
+namespace quod {
+
+// The raw values are part of the interface (see lineEndingFromRawValue): never renumber them.
+enum class LineEnding : int { unix = 0, windows = 1, macOS9 = 2 };
+
+// The ending with that raw value; no value for anything but 0, 1 and 2.
+[[nodiscard]] constexpr std::optional<LineEnding> lineEndingFromRawValue(int64_t rawValue) {
+    // One unsigned comparison rejects negatives and values too large together.
+    if (static_cast<uint64_t>(rawValue) >= 3) {
+        return std::nullopt;
+    }
+    return static_cast<LineEnding>(rawValue);
+}
+
+// Every ending, in raw-value order.
+inline constexpr std::array<LineEnding, 3> allLineEndings{LineEnding::unix, LineEnding::windows,
+                                                          LineEnding::macOS9};
+
+// The units that line-ending code looks for, by name.
+namespace Const::UniChar::LineEnding {
+inline constexpr char16_t unix = 0x000A;
+inline constexpr char16_t cr = 0x000D;
+inline constexpr char16_t lineSeparator = 0x2028;
+inline constexpr char16_t paragraphSeparator = 0x2029;
+inline constexpr char16_t nextLine = 0x0085;
+}  // namespace Const::UniChar::LineEnding
+
+namespace Text {
+
+[[nodiscard]] std::u16string convert(std::u16string_view string, LineEnding toLineEnding);
+
+[[nodiscard]] std::u16string replaceLineEndingCharacters(std::u16string_view in);
+
+[[nodiscard]] std::u16string removeLineEndings(std::u16string_view in);
+
+}  // namespace Text
+}  // namespace quod
