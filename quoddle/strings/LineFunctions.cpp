@@ -57,6 +57,22 @@ void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineF
     }
 }
 
+std::vector<std::u16string_view> enumerateLines(std::u16string_view text) {
+    std::vector<int64_t> ends;
+    appendLineStarts(text, 0, false, ends);
+    std::vector<std::u16string_view> lines;
+    lines.reserve(ends.size() + 1);
+    std::size_t start = 0;
+    for (const int64_t end : ends) {
+        const auto stop = static_cast<std::size_t>(end);
+        const bool pair = stop >= start + 2 && text[stop - 1] == u'\n' && text[stop - 2] == u'\r';
+        lines.push_back(text.substr(start, stop - start - (pair ? 2 : 1)));
+        start = stop;
+    }
+    if (start < text.size()) lines.push_back(text.substr(start));
+    return lines;
+}
+
 LineBounds lineBounds(std::u16string_view text, Range range) {
     return boundsBy<isLineTerminator>(text, range);
 }

@@ -50,6 +50,11 @@ struct LineBounds {
 void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineFeed,
                       std::vector<int64_t>& starts);
 
+// The contents of each line, terminators dropped, as the platform's line enumeration yields them:
+// "a\r\nb\n" gives "a", "b" (no empty line after a final terminator) and "" gives nothing. The
+// views point into `text`.
+[[nodiscard]] std::vector<std::u16string_view> enumerateLines(std::u16string_view text);
+
 [[nodiscard]] inline Range lineRange(std::u16string_view text, Range range) {
     return lineBounds(text, range).range();
 }

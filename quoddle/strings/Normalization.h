@@ -1,0 +1,15 @@
+// Canonical equivalence: "é" precomposed and "e" + U+0301 are the same text to a user.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quod {
+
+// The text in Unicode Normalization Form C. Two texts are canonically equivalent exactly when
+// their composed forms are equal, so comparing or hashing composed forms compares texts as the
+// platform's string equality does. Already-composed text (most text) is returned after a quick
+// check, without rebuilding it.
+[[nodiscard]] std::u16string canonicalComposition(std::u16string_view text);
+
+}  // namespace quod
