@@ -1,5 +1,6 @@
 #include "quoddle/text/LineStartIndex.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quod {
@@ -8,10 +9,12 @@ LineStartIndex::LineStartIndex() {
     starts_.insert(0, int64_t{0});
 }
 
-LineStartIndex::LineStartIndex(std::vector<int64_t>&& starts) {
+LineStartIndex::LineStartIndex(std::span<const int64_t> starts) {
     QUOD_PRECONDITION(!starts.empty() && starts.front() == 0, "line 0 must start at 0");
     const auto count = std::ssize(starts);
-    starts_ = SplitVector<int64_t>(std::move(starts), count);
+    auto body = std::make_unique_for_overwrite<int64_t[]>(starts.size());
+    std::copy(starts.begin(), starts.end(), body.get());
+    starts_ = SplitVector<int64_t>(std::move(body), count, count);
 }
 
 int64_t LineStartIndex::start(int64_t line) const {
@@ -19,10 +22,34 @@ int64_t LineStartIndex::start(int64_t line) const {
     return line > stepLine_ ? stored + stepLength_ : stored;
 }
 
+LineStartIndex::LineStartIndex(LineStartIndex&& other) noexcept
+    : starts_(std::move(other.starts_)),
+      stepLine_(other.stepLine_),
+      stepLength_(other.stepLength_),
+      lastLine_(0) {}
+
+LineStartIndex& LineStartIndex::operator=(LineStartIndex&& other) noexcept {
+    starts_ = std::move(other.starts_);
+    stepLine_ = other.stepLine_;
+    stepLength_ = other.stepLength_;
+    lastLine_.store(0, std::memory_order_relaxed);
+    return *this;
+}
+
 int64_t LineStartIndex::lineContaining(int64_t position) const {
+    const int64_t lines = lineCount();
+    const int64_t hint = std::min(lastLine_.load(std::memory_order_relaxed), lines - 1);
+    if (start(hint) <= position) {
+        for (int64_t line = hint; line <= hint + 1 && line < lines; ++line) {
+            if (line + 1 == lines || position < start(line + 1)) {
+                lastLine_.store(line, std::memory_order_relaxed);
+                return line;
+            }
+        }
+    }
     // Largest line whose start is <= position; start(0) == 0 bounds the search below.
     int64_t low = 0;
-    int64_t high = lineCount() - 1;
+    int64_t high = lines - 1;
     while (low < high) {
         const int64_t middle = low + (high - low + 1) / 2;
         if (start(middle) <= position) {
@@ -31,6 +58,7 @@ int64_t LineStartIndex::lineContaining(int64_t position) const {
             high = middle - 1;
         }
     }
+    lastLine_.store(low, std::memory_order_relaxed);
     return low;
 }
 

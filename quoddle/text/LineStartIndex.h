@@ -9,6 +9,7 @@
 // across the document pays for the lines the step passes over, once.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 
@@ -19,16 +20,19 @@ namespace quod {
 class LineStartIndex {
   public:
     LineStartIndex();
+    LineStartIndex(LineStartIndex&& other) noexcept;
+    LineStartIndex& operator=(LineStartIndex&& other) noexcept;
 
     // Builds the index from starts already found (the first must be 0), as loading does.
-    explicit LineStartIndex(std::vector<int64_t>&& starts);
+    explicit LineStartIndex(std::span<const int64_t> starts);
 
     [[nodiscard]] int64_t lineCount() const { return starts_.length(); }
 
     [[nodiscard]] int64_t start(int64_t line) const;
 
     // The line whose span [start(line), start(line + 1)) holds position; the last line for any
-    // position at or after its start. O(log lines).
+    // position at or after its start. O(1) for the line of the previous answer or the one after
+    // it (editing commands walk lines in order), O(log lines) otherwise.
     [[nodiscard]] int64_t lineContaining(int64_t position) const;
 
     // Shifts the starts of every line after `line` by delta.
@@ -47,6 +51,10 @@ class LineStartIndex {
     SplitVector<int64_t> starts_;
     int64_t stepLine_ = 0;
     int64_t stepLength_ = 0;
+    // The previous answer of lineContaining. A search of a large index misses the cache at nearly
+    // every step, so trying the neighbourhood of the last answer first pays off. Atomic (relaxed)
+    // so that concurrent readers stay well defined.
+    mutable std::atomic<int64_t> lastLine_{0};
 };
 
 }  // namespace quod

@@ -25,10 +25,12 @@ TextStorage::TextStorage(SplitVector<char16_t>&& buffer) : buffer_(std::move(buf
 }
 
 TextStorage TextStorage::fromUtf8(std::string_view bytes) {
-    std::vector<char16_t> units(bytes.size());
-    const auto decoded = internal::decodeUtf8(bytes, units.data());
-    return TextStorage(
-        SplitVector<char16_t>(std::move(units), static_cast<int64_t>(decoded.unitsWritten)));
+    // Room for every byte to become a unit, plus the gap the first edits will use.
+    const int64_t capacity = std::ssize(bytes) + SplitVector<char16_t>::slackFor(std::ssize(bytes));
+    auto units = std::make_unique_for_overwrite<char16_t[]>(static_cast<std::size_t>(capacity));
+    const auto decoded = internal::decodeUtf8(bytes, units.get());
+    return TextStorage(SplitVector<char16_t>(std::move(units), capacity,
+                                             static_cast<int64_t>(decoded.unitsWritten)));
 }
 
 std::optional<TextStorage> TextStorage::fromUtf8File(const std::string& path) {
@@ -70,8 +72,7 @@ void TextStorage::indexWholeText() {
     starts.reserve(text.size() / 48 + 1);
     starts.push_back(0);
     appendLineStarts({text.data(), text.size()}, 0, false, starts);
-    starts.shrink_to_fit();
-    lines_ = LineStartIndex(std::move(starts));
+    lines_ = LineStartIndex(starts);
 }
 
 std::u16string TextStorage::string() const {
