@@ -9,19 +9,41 @@
 
 namespace quod {
 
-std::u16string canonicalComposition(std::u16string_view text) {
-    QUOD_PRECONDITION(text.size() <= static_cast<std::size_t>(INT32_MAX), "text too long for ICU");
+namespace {
+
+const icu::Normalizer2& composer() {
     UErrorCode status = U_ZERO_ERROR;
     const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
-    QUOD_PRECONDITION(U_SUCCESS(status), "ICU normalisation data missing");
-    // A read-only alias: the quick check and the normaliser read the caller's units in place.
-    const icu::UnicodeString source(false, text.data(), static_cast<int32_t>(text.size()));
-    const int32_t normalPrefix = nfc->spanQuickCheckYes(source, status);
-    if (U_SUCCESS(status) && normalPrefix == source.length()) return std::u16string(text);
-    status = U_ZERO_ERROR;
-    const icu::UnicodeString composed = nfc->normalize(source, status);
+    QUOD_PRECONDITION(U_SUCCESS(status) && nfc != nullptr, "ICU normalisation data missing");
+    return *nfc;
+}
+
+// A read-only alias: ICU reads the caller's units in place.
+icu::UnicodeString alias(std::u16string_view text) {
+    QUOD_PRECONDITION(text.size() <= static_cast<std::size_t>(INT32_MAX), "text too long for ICU");
+    return icu::UnicodeString(false, text.data(), static_cast<int32_t>(text.size()));
+}
+
+bool passesQuickCheck(const icu::UnicodeString& source) {
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t normalPrefix = composer().spanQuickCheckYes(source, status);
+    return U_SUCCESS(status) && normalPrefix == source.length();
+}
+
+}  // namespace
+
+std::u16string canonicalComposition(std::u16string_view text) {
+    const icu::UnicodeString source = alias(text);
+    if (passesQuickCheck(source)) return std::u16string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::UnicodeString composed = composer().normalize(source, status);
     QUOD_PRECONDITION(U_SUCCESS(status), "normalisation failed");
     return {composed.getBuffer(), static_cast<std::size_t>(composed.length())};
+}
+
+bool isCanonicalComposition(std::u16string_view text) {
+    const icu::UnicodeString source = alias(text);
+    return passesQuickCheck(source) || canonicalComposition(text) == text;
 }
 
 }  // namespace quod

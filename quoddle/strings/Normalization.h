@@ -12,4 +12,8 @@ namespace quod {
 // check, without rebuilding it.
 [[nodiscard]] std::u16string canonicalComposition(std::u16string_view text);
 
+// True when the text is already in Normalization Form C (a quick check that answers "maybe" for
+// rare sequences, which are then composed to decide).
+[[nodiscard]] bool isCanonicalComposition(std::u16string_view text);
+
 }  // namespace quod

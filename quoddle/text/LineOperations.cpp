@@ -1,6 +1,7 @@
 #include "quoddle/text/LineOperations.h"
 
 #include <algorithm>
+#include <deque>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -194,12 +195,18 @@ void sort(QuodTextView& view, bool reverse) {
 
 void unique(QuodTextView& view) {
     rebuildSelectedLines(view, [](std::vector<std::u16string_view> lines) {
-        // Composed forms are equal exactly when lines are canonically equivalent.
-        std::unordered_set<std::u16string> seen;
+        // Composed forms are equal exactly when lines are canonically equivalent. Most lines are
+        // composed already and are hashed where they stand; only the others get a composed copy.
+        std::deque<std::u16string> composedCopies;
+        std::unordered_set<std::u16string_view> seen;
         seen.reserve(lines.size());
         std::vector<std::u16string_view> kept;
         for (const auto line : lines) {
-            if (seen.insert(canonicalComposition(line)).second) kept.push_back(line);
+            const std::u16string_view key =
+                isCanonicalComposition(line)
+                    ? line
+                    : std::u16string_view(composedCopies.emplace_back(canonicalComposition(line)));
+            if (seen.insert(key).second) kept.push_back(line);
         }
         return kept;
     });
