@@ -32,7 +32,8 @@ const std::u16string& sortableLines(int64_t count) {
             const int letters = 3 + static_cast<int>(random() % 5);
             for (int i = 0; i < letters; ++i) {
                 const char letter = static_cast<char>('a' + random() % 6);
-                text += (i == 0 && random() % 3 == 0) ? static_cast<char>(letter - 'a' + 'A') : letter;
+                text +=
+                    (i == 0 && random() % 3 == 0) ? static_cast<char>(letter - 'a' + 'A') : letter;
             }
             if (random() % 4 == 0) text += std::to_string(random() % 200);
         }
@@ -68,7 +69,8 @@ void runOnLines(benchmark::State& state, Operation operation, const std::string&
     const double gnu = secondsOf(gnuCommand + " " + path + " > /dev/null");
     std::remove(path.c_str());
     state.counters["gnuSeconds"] = gnu;
-    state.counters["ratioToGnu"] = gnu > 0 ? total / static_cast<double>(state.iterations()) / gnu : 0;
+    state.counters["ratioToGnu"] =
+        gnu > 0 ? total / static_cast<double>(state.iterations()) / gnu : 0;
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
@@ -77,12 +79,14 @@ void lineCounts(benchmark::internal::Benchmark* benchmark) {
 }
 
 void BM_Sort(benchmark::State& state) {
-    runOnLines(state, [](QuodTextView& view) { Text::sort(view, false); }, "sort -f");
+    runOnLines(
+        state, [](QuodTextView& view) { Text::sort(view, false); }, "sort -f");
 }
 BENCHMARK(BM_Sort)->Apply(lineCounts)->Iterations(3);
 
 void BM_Unique(benchmark::State& state) {
-    runOnLines(state, [](QuodTextView& view) { Text::unique(view); }, "uniq");
+    runOnLines(
+        state, [](QuodTextView& view) { Text::unique(view); }, "uniq");
 }
 BENCHMARK(BM_Unique)->Apply(lineCounts)->Iterations(3);
 

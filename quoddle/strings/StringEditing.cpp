@@ -134,4 +134,23 @@ bool containsCaseInsensitive(std::u16string_view s, std::u16string_view other) {
     return foldCase(s).find(foldCase(other)) != std::u16string::npos;
 }
 
+std::u16string replacingOccurrences(std::u16string_view text, std::u16string_view target,
+                                    std::u16string_view replacement) {
+    if (target.empty()) return std::u16string(text);
+    std::u16string result;
+    result.reserve(text.size());
+    std::size_t start = 0;
+    for (std::size_t at = text.find(target); at != std::u16string_view::npos;
+         at = text.find(target, start)) {
+        result.append(text.substr(start, at - start)).append(replacement);
+        start = at + target.size();
+    }
+    result.append(text.substr(start));
+    return result;
+}
+
+bool equalsCaseInsensitive(std::u16string_view s, std::u16string_view other) {
+    return foldCase(s) == foldCase(other);
+}
+
 }  // namespace quod

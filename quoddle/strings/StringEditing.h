@@ -37,4 +37,13 @@ void insert(std::u16string& s, std::u16string_view string, StringEdge atEdge);
 
 [[nodiscard]] bool containsCaseInsensitive(std::u16string_view s, std::u16string_view other);
 
+// Every non-overlapping occurrence of `target`, found left to right, replaced by `replacement`:
+// the platform's literal replace-all. An empty target matches nothing.
+[[nodiscard]] std::u16string replacingOccurrences(std::u16string_view text,
+                                                  std::u16string_view target,
+                                                  std::u16string_view replacement);
+
+// True when the two texts are equal under full Unicode case folding (no locale).
+[[nodiscard]] bool equalsCaseInsensitive(std::u16string_view s, std::u16string_view other);
+
 }  // namespace quod

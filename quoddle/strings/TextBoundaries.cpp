@@ -2,7 +2,9 @@
 
 #include <unicode/brkiter.h>
 #include <unicode/rbbi.h>
+#include <unicode/uchar.h>
 #include <unicode/utext.h>
+#include <unicode/utf16.h>
 
 #include <cstdint>
 #include <memory>
@@ -59,6 +61,17 @@ class Breaker {
     std::unique_ptr<icu::BreakIterator> iterator_;
 };
 
+// A word-break segment is a word when it holds a letter or a decimal digit: spaces, punctuation,
+// symbols and emoji are segments too, but count for nothing.
+bool holdsLetterOrDigit(std::u16string_view segment) {
+    for (std::size_t i = 0; i < segment.size();) {
+        UChar32 codePoint;
+        U16_NEXT(segment.data(), i, segment.size(), codePoint);
+        if (u_isalnum(codePoint)) return true;
+    }
+    return false;
+}
+
 int64_t boundaryAtOrBefore(icu::BreakIterator& breaker, int64_t position) {
     if (breaker.isBoundary(static_cast<int32_t>(position))) return position;
     return breaker.preceding(static_cast<int32_t>(position));
@@ -77,6 +90,15 @@ Range composedCharacterRange(std::u16string_view text, Range range) {
     const int64_t start = boundaryAtOrBefore(*breaker, range.location);
     const int64_t end = range.length == 0 ? start : boundaryAtOrAfter(*breaker, range.end());
     return {start, end - start};
+}
+
+std::vector<int64_t> characterBoundaries(std::u16string_view text) {
+    Breaker breaker(Unit::character, text, icu::Locale::getRoot());
+    std::vector<int64_t> boundaries{breaker->first()};
+    for (int32_t at = breaker->next(); at != icu::BreakIterator::DONE; at = breaker->next()) {
+        boundaries.push_back(at);
+    }
+    return boundaries;
 }
 
 int64_t characterCount(std::u16string_view text) {
@@ -127,7 +149,8 @@ std::vector<Range> wordRanges(std::u16string_view text, const icu::Locale& local
     int32_t start = breaker->first();
     for (int32_t end = breaker->next(); end != icu::BreakIterator::DONE;
          start = end, end = breaker->next()) {
-        if (breaker->getRuleStatus() >= UBRK_WORD_NONE_LIMIT) words.push_back({start, end - start});
+        if (holdsLetterOrDigit(text.substr(start, end - start)))
+            words.push_back({start, end - start});
     }
     return words;
 }

@@ -2,8 +2,8 @@
 //
 // Where the framework counts "characters" it counts grapheme clusters: "e" + U+0301 is one
 // character of two units, CR LF is one character, an emoji flag is one. Word segments follow ICU's
-// word break rules for a locale; a segment is a word when its rule status says letter, number,
-// kana or ideograph (spaces, punctuation, symbols and emoji are segments too, but not words).
+// word break rules for a locale; a segment is a word when it holds a letter or a decimal digit
+// (spaces, punctuation, symbols and emoji are segments too, but not words).
 // All positions are UTF-16 offsets into the given text; the text is read, never copied, and must
 // outlive only the call. ICU data missing from the installation, or a text of 2^31 units or more,
 // stops the process.
@@ -26,6 +26,10 @@ namespace quod {
 [[nodiscard]] Range composedCharacterRange(std::u16string_view text, Range range);
 
 [[nodiscard]] int64_t characterCount(std::u16string_view text);
+
+// Every cluster boundary, from 0 to text.size() inclusive: character i is
+// [boundaries[i], boundaries[i + 1]).
+[[nodiscard]] std::vector<int64_t> characterBoundaries(std::u16string_view text);
 
 // UTF-16 offset reached by stepping `characters` clusters forward from the start of the text;
 // no value when the text has fewer clusters.

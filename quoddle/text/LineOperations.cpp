@@ -12,54 +12,23 @@
 #include "quoddle/strings/LineFunctions.h"
 #include "quoddle/strings/LocalizedCompare.h"
 #include "quoddle/strings/Normalization.h"
+#include "quoddle/strings/StringEditing.h"
+#include "quoddle/text/EditingSteps.h"
 
 namespace quod::Text {
 namespace {
 
-Range lineOf(const QuodTextView& view, int64_t position) {
-    return view.textStorage().lineRangeForRange({position, 0});
-}
-
-std::u16string textOf(const QuodTextView& view, Range range) {
-    return view.textStorage().substringWithRange(range);
-}
-
-// One step of the change protocol: ask, and if allowed replace and close the change.
-bool changeText(QuodTextView& view, Range range, std::u16string_view replacement) {
-    if (!view.shouldChangeText(range, replacement)) return false;
-    view.replaceCharacters(range, replacement);
-    view.didChangeText();
-    return true;
-}
-
-// Positions computed as if a refused change had happened can fall outside the text.
-int64_t clampToText(const QuodTextView& view, int64_t position) {
-    return std::clamp<int64_t>(position, 0, view.length());
-}
-
-// Every non-overlapping occurrence of `target`, left to right, replaced; an empty target matches
-// nothing.
-std::u16string replaceOccurrences(std::u16string_view text, std::u16string_view target,
-                                  std::u16string_view replacement) {
-    if (target.empty()) return std::u16string(text);
-    std::u16string result;
-    result.reserve(text.size());
-    std::size_t start = 0;
-    for (std::size_t at = text.find(target); at != std::u16string_view::npos;
-         at = text.find(target, start)) {
-        result.append(text.substr(start, at - start)).append(replacement);
-        start = at + target.size();
-    }
-    result.append(text.substr(start));
-    return result;
-}
+using internal::changeText;
+using internal::clampToText;
+using internal::lineOf;
+using internal::textOf;
 
 void replaceInLines(QuodTextView& view, std::u16string_view target,
                     std::u16string_view replacement) {
     QuodTextView::UndoGroup command(view);
     const Range selection = view.selection();
     const Range lines = view.textStorage().lineRangeForRange(selection);
-    changeText(view, lines, replaceOccurrences(textOf(view, lines), target, replacement));
+    changeText(view, lines, replacingOccurrences(textOf(view, lines), target, replacement));
     view.setSelectedRange({clampToText(view, selection.location), 0});
 }
 
