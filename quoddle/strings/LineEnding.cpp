@@ -33,8 +33,8 @@ std::size_t nextCrOrLf(const char16_t* units, std::size_t from, std::size_t size
     // as the copy, so look at a block of units at once.
     for (; i + internal::unitsPerBlock <= size; i += internal::unitsPerBlock) {
         const internal::UnitBlock block = internal::loadUnitBlock(units + i);
-        const std::size_t lane =
-            internal::firstMatchingLane((block == Unit::cr) | (block == Unit::unix));
+        const std::size_t lane = internal::firstMatchingLane((block == uint16_t{Unit::cr}) |
+                                                             (block == uint16_t{Unit::unix}));
         if (lane < internal::unitsPerBlock) {
             return i + lane;
         }

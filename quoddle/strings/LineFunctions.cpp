@@ -47,8 +47,9 @@ void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineF
     for (; i + static_cast<int64_t>(internal::unitsPerBlock) <= length;
          i += static_cast<int64_t>(internal::unitsPerBlock)) {
         const internal::UnitBlock block = internal::loadUnitBlock(units + i);
-        const auto hits =
-            (block == u'\n') | (block == u'\r') | (block == 0x0085) | ((block & 0xFFFE) == 0x2028);
+        const auto hits = (block == uint16_t{0x000A}) | (block == uint16_t{0x000D}) |
+                          (block == uint16_t{0x0085}) |
+                          ((block & uint16_t{0xFFFE}) == uint16_t{0x2028});
         internal::forEachMatchingLane(
             hits, [&](std::size_t lane) { recordTerminatorAt(i + static_cast<int64_t>(lane)); });
     }

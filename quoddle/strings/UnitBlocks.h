@@ -2,8 +2,9 @@
 //
 // Uses the compiler's portable vector type (SSE2 on x86-64, NEON on ARM); only the step that turns
 // matching lanes into a bit mask has an SSE2 shortcut, with a portable loop elsewhere. Compare a
-// block against a unit with `block == unit`: each matching lane becomes all ones. The helpers then
-// find the matching lanes, lane 0 being the first unit.
+// block against a unit with `block == uint16_t{unit}` (a char16_t operand crashes clang 14): each
+// matching lane becomes all ones. The helpers then find the matching lanes, lane 0 being the first
+// unit.
 #pragma once
 
 #include <bit>

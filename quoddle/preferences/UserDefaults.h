@@ -1,0 +1,90 @@
+// The defaults store: named settings of an application, persisted as a property-list file.
+//
+// A store has two domains, searched in order: the persistent domain (a dictionary kept in the
+// store's file, or only in memory for an in-memory store) and the registration domain (values a
+// host registers with `registerDefaults`; never written anywhere).
+//
+// File-backed stores never cache across changes on disk: every read checks the file (inode, size,
+// nanosecond modification time) and parses it again only when it changed, so another process's
+// write is seen at once. Every write locks the file's companion lock with flock (the kernel drops
+// it if the writer dies), reads the file again, applies the change, writes a temporary file with
+// the old file's mode, flushes it and renames it over the old one: concurrent writers lose no
+// update and a crash never leaves a torn file. A write that changes nothing does not touch the
+// file. A file that exists but does not parse reads as an empty domain and is kept beside as
+// "<file>.corrupt" before the first write replaces it, with one line in the log.
+//
+// Typed getters coerce as the platform does (a stored string "YES" reads as true, 2.67 reads as
+// integer 2, 42 reads as string "42"); a value of another kind reads as the type's absent answer:
+// false, 0, 0.0 or no value. All members are thread-safe.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quoddle/preferences/PropertyList.h"
+
+namespace quod {
+
+class UserDefaults {
+  public:
+    // A store kept in `file` (created on the first write, with its folder).
+    [[nodiscard]] static std::shared_ptr<UserDefaults> persistent(std::filesystem::path file);
+    // A store that lives only in this process, for tests and hosts that persist nothing.
+    [[nodiscard]] static std::shared_ptr<UserDefaults> inMemory();
+
+    // The process-wide store the typed preference accessors use. By default the file
+    // "$XDG_CONFIG_HOME/<domain>.plist" (XDG_CONFIG_HOME defaults to ~/.config), where the domain
+    // is what `setStandardDomain` named, else the executable's file name.
+    [[nodiscard]] static std::shared_ptr<UserDefaults> standard();
+    static void setStandard(std::shared_ptr<UserDefaults> store);
+    static void setStandardDomain(std::string domain);
+
+    [[nodiscard]] std::optional<PlistValue> objectForKey(std::string_view key) const;
+    [[nodiscard]] bool boolForKey(std::string_view key) const;
+    [[nodiscard]] int64_t integerForKey(std::string_view key) const;
+    [[nodiscard]] float floatForKey(std::string_view key) const;
+    [[nodiscard]] double doubleForKey(std::string_view key) const;
+    [[nodiscard]] std::optional<std::string> stringForKey(std::string_view key) const;
+    [[nodiscard]] std::optional<PlistArray> arrayForKey(std::string_view key) const;
+    [[nodiscard]] std::optional<PlistDictionary> dictionaryForKey(std::string_view key) const;
+    [[nodiscard]] std::optional<Data> dataForKey(std::string_view key) const;
+
+    // Stores the value; no value removes the key.
+    void setObject(std::string_view key, std::optional<PlistValue> value);
+    void setBool(std::string_view key, bool value) { setObject(key, PlistValue(value)); }
+    void setInteger(std::string_view key, int64_t value) { setObject(key, PlistValue(value)); }
+    void setFloat(std::string_view key, float value) { setObject(key, PlistValue(double{value})); }
+    void setDouble(std::string_view key, double value) { setObject(key, PlistValue(value)); }
+    void removeObject(std::string_view key) { setObject(key, std::nullopt); }
+
+    void registerDefaults(const PlistDictionary& defaults);
+
+    // The persistent domain as it is now.
+    [[nodiscard]] PlistDictionary persistentDomain() const;
+
+    // The file behind a persistent store; empty for an in-memory one.
+    [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+
+    ~UserDefaults();
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+
+  private:
+    struct FileState;
+    explicit UserDefaults(std::filesystem::path file);
+
+    // The persistent domain, refreshed from the file when it changed. Caller holds mutex_.
+    const PlistDictionary& currentDomain() const;
+
+    std::filesystem::path file_;
+    mutable std::mutex mutex_;
+    mutable std::unique_ptr<FileState> state_;
+    PlistDictionary registered_;
+};
+
+}  // namespace quod

@@ -1,0 +1,78 @@
+#include "quoddle/strings/Utf8Scan.h"
+
+#include <bit>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace quod::internal {
+namespace {
+
+// The ASCII bytes at `at`: up to the first byte with its high bit set, and only as far as whole
+// blocks reach (the caller handles the tail byte by byte).
+std::size_t asciiRun(const std::uint8_t* bytes, std::size_t at, std::size_t size) {
+    std::size_t i = at;
+#if defined(__SSE2__)
+    for (; i + 16 <= size; i += 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+        const auto highBits = static_cast<unsigned>(_mm_movemask_epi8(block));
+        if (highBits != 0) return i + static_cast<std::size_t>(std::countr_zero(highBits)) - at;
+    }
+#else
+    for (; i + 8 <= size; i += 8) {
+        std::uint64_t block;
+        std::memcpy(&block, bytes + i, sizeof block);
+        if ((block & 0x8080'8080'8080'8080u) != 0) break;
+    }
+#endif
+    return i - at;
+}
+
+}  // namespace
+
+Utf8Scan scanUtf8(std::span<const std::uint8_t> input) {
+    const std::uint8_t* const bytes = input.data();
+    const std::size_t size = input.size();
+    std::size_t i = 0;
+    std::size_t units = 0;
+    while (i < size) {
+        const std::size_t ascii = asciiRun(bytes, i, size);
+        i += ascii;
+        units += ascii;
+        if (i >= size) break;
+        const std::uint8_t lead = bytes[i];
+        if (lead < 0x80) {
+            ++i;
+            ++units;
+            continue;
+        }
+        // The accepted range of the second byte depends on the lead byte; later bytes are plain
+        // continuation bytes. This excludes overlong forms, surrogates and values past U+10FFFF.
+        std::uint8_t low = 0x80, high = 0xBF;
+        std::size_t length = 0;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            if (lead == 0xE0) low = 0xA0;
+            if (lead == 0xED) high = 0x9F;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            if (lead == 0xF0) low = 0x90;
+            if (lead == 0xF4) high = 0x8F;
+        }
+        bool wellFormed = length != 0 && i + length <= size;
+        for (std::size_t k = 1; wellFormed && k < length; ++k) {
+            const std::uint8_t byte = bytes[i + k];
+            wellFormed = k == 1 ? byte >= low && byte <= high : (byte & 0xC0) == 0x80;
+        }
+        if (!wellFormed) return {false, i, units};
+        i += length;
+        units += length == 4 ? 2 : 1;
+    }
+    return {true, size, units};
+}
+
+}  // namespace quod::internal
