@@ -1,99 +1,125 @@
 // quod: the framework's text services on files and standard input.
 //
-//   quod line-endings (--to unix|windows|macOS9 | --show | --remove) [FILE]
-//   quod lines [FILE]
-//
-// Text is read as UTF-8 (ill-formed bytes become U+FFFD) and written to standard output as UTF-8.
-#include <cstdio>
-#include <fstream>
+// Every failure ends here as one line on standard error: "quod: what went wrong". Usage mistakes
+// exit with 2, bad input and file errors with 1.
+#include <malloc.h>
+
+#include <climits>
+#include <exception>
 #include <iostream>
-#include <iterator>
-#include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "quoddle/base/Utf.h"
-#include "quoddle/strings/LineEnding.h"
-#include "quoddle/text/QuodTextView.h"
+#include "Commands.h"
+#include "Document.h"
+#include "Failure.h"
 
+namespace quod::tool {
 namespace {
 
-constexpr const char* usage =
-    "usage: quod line-endings (--to unix|windows|macOS9 | --show | --remove) [FILE]\n"
-    "       quod lines [FILE]\n";
+bool isTextCommand(const Command& command) {
+    for (const Command& candidate : textCommands()) {
+        if (&candidate == &command) return true;
+    }
+    return false;
+}
 
-std::optional<std::string> readInput(const std::vector<std::string>& files) {
-    if (files.size() > 1) return std::nullopt;
-    std::ostringstream bytes;
-    if (files.empty()) {
-        bytes << std::cin.rdbuf();
-    } else {
-        std::ifstream file(files.front(), std::ios::binary);
-        if (!file) {
-            std::cerr << "quod: cannot read " << files.front() << '\n';
-            return std::nullopt;
+std::string overview() {
+    std::string text =
+        "usage: quod COMMAND [OPTIONS] [FILE]\n"
+        "\n"
+        "Runs the text operations of the Quoddle framework on a file or standard input.\n"
+        "\n"
+        "Text commands (the result goes to standard output, or back into FILE with -i):\n";
+    const auto list = [&text](std::span<const Command> commands) {
+        for (const Command& command : commands) {
+            std::string name(command.name);
+            name.resize(16, ' ');
+            text += "  " + name + std::string(command.summary) + "\n";
         }
-        bytes << file.rdbuf();
-    }
-    return std::move(bytes).str();
+    };
+    list(textCommands());
+    text += "\nOther commands:\n";
+    list(informationCommands());
+    text +=
+        "\n"
+        "Text commands act on lines A to B with --lines A:B, otherwise on the whole text.\n"
+        "The input's encoding is read from its declaration or its bytes, and the result is\n"
+        "written in the same encoding.\n"
+        "\n"
+        "quod COMMAND --help describes one command.\n";
+    return text;
 }
 
-std::optional<quod::LineEnding> lineEndingNamed(const std::string& name) {
-    for (const auto ending : quod::allLineEndings) {
-        const char* names[] = {"unix", "windows", "macOS9"};
-        if (name == names[static_cast<int>(ending)]) return ending;
-    }
-    return std::nullopt;
-}
-
-int lineEndings(const std::vector<std::string>& arguments) {
-    std::vector<std::string> files;
-    std::string mode;
-    std::optional<quod::LineEnding> target;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == "--to" && i + 1 < arguments.size()) {
-            mode = "to";
-            target = lineEndingNamed(arguments[++i]);
-            if (!target) return std::cerr << usage, 2;
-        } else if (arguments[i] == "--show" || arguments[i] == "--remove") {
-            mode = arguments[i];
-        } else {
-            files.push_back(arguments[i]);
+const Command* commandNamed(std::string_view name) {
+    for (const auto commands : {textCommands(), informationCommands()}) {
+        for (const Command& command : commands) {
+            if (command.name == name) return &command;
         }
     }
-    if (mode.empty()) return std::cerr << usage, 2;
-    const auto input = readInput(files);
-    if (!input) return 1;
-    const std::u16string text = quod::toUtf16(*input);
-    std::u16string output;
-    if (mode == "to") {
-        output = quod::Text::convert(text, *target);
-    } else if (mode == "--show") {
-        output = quod::Text::replaceLineEndingCharacters(text);
-    } else {
-        output = quod::Text::removeLineEndings(text);
-    }
-    std::cout << quod::toUtf8(output);
-    return 0;
+    return nullptr;
 }
 
-int lines(const std::vector<std::string>& files) {
-    const auto input = readInput(files);
-    if (!input) return 1;
-    const quod::QuodTextView view(quod::TextStorage::fromUtf8(*input));
-    std::cout << view.numberOfLines() << '\n';
-    return 0;
+int runTool(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) throw UsageError("no command (see quod --help)");
+    const std::string& name = arguments.front();
+    if (name == "--help" || name == "-h" || name == "help") {
+        writeStandardOutput(overview());
+        return 0;
+    }
+    const Command* command = commandNamed(name);
+    if (command == nullptr) throw UsageError("unknown command '" + name + "' (see quod --help)");
+    try {
+        return command->run(*command, std::span(arguments).subspan(1));
+    } catch (const UsageError& error) {
+        throw UsageError(std::string(command->name) + ": " + error.what());
+    }
 }
 
 }  // namespace
 
+std::string helpText(const Command& command) {
+    const bool text = isTextCommand(command);
+    std::string help = "usage: quod ";
+    help.append(command.name);
+    if (!command.usage.empty()) help.append(" ").append(command.usage);
+    if (text) help.append(command.name == "count" ? " [--lines A:B]" : " [--lines A:B] [-i]");
+    if (text) help.append(" [FILE]");
+    help.append("\n\n").append(command.help);
+    if (text) {
+        help +=
+            "\n"
+            "  --lines A:B   act on lines A to B (from 1) as a selection of them would\n";
+        if (command.name != "count") {
+            help += "  -i            write the result back into FILE (atomically)\n";
+        }
+        help += "  FILE          the input; standard input when absent or \"-\"\n";
+    }
+    return help;
+}
+
+}  // namespace quod::tool
+
 int main(int argc, char** argv) {
-    if (argc < 2) return std::cerr << usage, 2;
-    const std::string command = argv[1];
-    const std::vector<std::string> arguments(argv + 2, argv + argc);
-    if (command == "line-endings") return lineEndings(arguments);
-    if (command == "lines") return lines(arguments);
-    std::cerr << usage;
-    return 2;
+    using namespace quod::tool;
+    // A command on a large file allocates and frees a few buffers of the text's size. Served from
+    // the heap and kept there, later ones reuse pages already mapped instead of having the kernel
+    // map and zero fresh ones each time, which costs as much as the work itself.
+    ::mallopt(M_MMAP_MAX, 0);
+    ::mallopt(M_TRIM_THRESHOLD, INT_MAX);
+    try {
+        return runTool(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const UsageError& error) {
+        std::cerr << "quod: " << error.what() << '\n';
+        return 2;
+    } catch (const Failure& failure) {
+        std::cerr << "quod: " << failure.what() << '\n';
+        return 1;
+    } catch (const std::bad_alloc&) {
+        std::cerr << "quod: not enough memory for this input\n";
+        return 1;
+    } catch (const std::exception& error) {
+        std::cerr << "quod: " << error.what() << '\n';
+        return 1;
+    }
 }

@@ -1,0 +1,28 @@
+// A one-line progress report on standard error while a large input goes through its stages.
+//
+// Only inputs over 50 MB report, and only to a terminal: scripts and logs see nothing, and small
+// files finish before a line would be worth reading. Each stage overwrites the line; the line is
+// erased when the command ends, so the terminal is left as if nothing had been printed.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace quod::tool {
+
+class Progress {
+  public:
+    Progress(std::string_view command, std::size_t inputBytes);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    void stage(std::string_view what);
+
+  private:
+    std::string prefix_;
+    bool shown_ = false;
+};
+
+}  // namespace quod::tool
