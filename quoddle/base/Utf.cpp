@@ -54,21 +54,9 @@ Utf8DecodeResult decodeUtf8(std::string_view utf8, char16_t* out) {
             ++i;
             continue;
         }
-        // Accepted range of the second byte, per lead byte (Unicode table 3-7); 0 means invalid
-        // lead.
-        unsigned char low = 0x80, high = 0xBF;
-        int trailing = 0;
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            trailing = 1;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            trailing = 2;
-            if (lead == 0xE0) low = 0xA0;
-            if (lead == 0xED) high = 0x9F;
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            trailing = 3;
-            if (lead == 0xF0) low = 0x90;
-            if (lead == 0xF4) high = 0x8F;
-        }
+        const Utf8Lead rules = utf8Lead(lead);
+        const unsigned char low = rules.low, high = rules.high;
+        const int trailing = rules.length == 0 ? 0 : rules.length - 1;
         if (trailing == 0) {
             *out++ = replacementCharacter;
             wellFormed = false;

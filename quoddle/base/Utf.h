@@ -21,6 +21,28 @@ namespace quod {
 
 namespace internal {
 
+// What a UTF-8 lead byte allows: the sequence length (0 for a byte that cannot start one) and the
+// accepted range of the second byte; later bytes are plain continuation bytes. The ranges exclude
+// overlong forms, surrogates and values past U+10FFFF (the Unicode table of well-formed sequences).
+struct Utf8Lead {
+    int length = 0;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;
+};
+
+[[nodiscard]] constexpr Utf8Lead utf8Lead(unsigned char lead) {
+    if (lead >= 0xC2 && lead <= 0xDF) return {2};
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        return {3, static_cast<unsigned char>(lead == 0xE0 ? 0xA0 : 0x80),
+                static_cast<unsigned char>(lead == 0xED ? 0x9F : 0xBF)};
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        return {4, static_cast<unsigned char>(lead == 0xF0 ? 0x90 : 0x80),
+                static_cast<unsigned char>(lead == 0xF4 ? 0x8F : 0xBF)};
+    }
+    return {0};
+}
+
 struct Utf8DecodeResult {
     std::size_t unitsWritten = 0;
     bool wellFormed = true;

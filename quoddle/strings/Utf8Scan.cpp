@@ -3,6 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "quoddle/base/Utf.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -48,21 +50,9 @@ Utf8Scan scanUtf8(std::span<const std::uint8_t> input) {
             ++units;
             continue;
         }
-        // The accepted range of the second byte depends on the lead byte; later bytes are plain
-        // continuation bytes. This excludes overlong forms, surrogates and values past U+10FFFF.
-        std::uint8_t low = 0x80, high = 0xBF;
-        std::size_t length = 0;
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            length = 2;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            length = 3;
-            if (lead == 0xE0) low = 0xA0;
-            if (lead == 0xED) high = 0x9F;
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            length = 4;
-            if (lead == 0xF0) low = 0x90;
-            if (lead == 0xF4) high = 0x8F;
-        }
+        const Utf8Lead rules = utf8Lead(lead);
+        const auto length = static_cast<std::size_t>(rules.length);
+        const std::uint8_t low = rules.low, high = rules.high;
         bool wellFormed = length != 0 && i + length <= size;
         for (std::size_t k = 1; wellFormed && k < length; ++k) {
             const std::uint8_t byte = bytes[i + k];
