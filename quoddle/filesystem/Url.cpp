@@ -22,10 +22,11 @@ std::string withoutTrailingSlashes(std::string_view path) {
 std::string absolute(std::string_view path) {
     if (path.empty() || path.front() == '/') return std::string(path);
     std::error_code error;
-    std::string base = std::filesystem::current_path(error).string();
-    if (error) base = "/";
-    if (base.back() != '/') base += '/';
-    return base + std::string(path);
+    std::string full = std::filesystem::current_path(error).string();
+    if (error) full.clear();  // no current folder: the root
+    if (full.empty() || full.back() != '/') full.push_back('/');
+    full.append(path);
+    return full;
 }
 
 bool isDirectoryOnDisk(const std::string& path) {
@@ -136,12 +137,12 @@ std::string standardizingPath(std::string_view path) {
         }
         kept.push_back(component);
     }
-    std::string result = isAbsolute ? "/" : "";
-    for (size_t i = 0; i < kept.size(); ++i) {
-        if (i > 0) result += '/';
-        result += kept[i];
+    if (kept.empty()) return isAbsolute ? "/" : ".";
+    std::string result;
+    for (const std::string_view component : kept) {
+        if (isAbsolute || !result.empty()) result += '/';
+        result += component;
     }
-    if (result.empty()) result = ".";
     return result;
 }
 
