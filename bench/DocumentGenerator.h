@@ -3,7 +3,9 @@
 // and the Unicode line separator.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <random>
 #include <string>
 
 namespace quod::bench {
@@ -17,5 +19,21 @@ const std::u16string& utf16Document(int64_t bytes);
 int64_t residentBytes();
 
 inline constexpr int64_t megabyte = 1'000'000;
+
+// An editing position that wanders a few units either way between edits, as when typing and
+// correcting; starts in the middle and stays inside [1, length - 1].
+class WanderingCursor {
+  public:
+    explicit WanderingCursor(int64_t length) : position_(length / 2) {}
+    int64_t next(int64_t length) {
+        position_ = std::clamp<int64_t>(position_ + static_cast<int64_t>(random_() % 81) - 40, 1,
+                                        length - 1);
+        return position_;
+    }
+
+  private:
+    std::mt19937 random_{1};
+    int64_t position_;
+};
 
 }  // namespace quod::bench

@@ -20,21 +20,6 @@ void documentSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
 }
 
-// The cursor wanders a few units either way between edits, as when typing and correcting.
-class WanderingCursor {
-  public:
-    explicit WanderingCursor(int64_t length) : position_(length / 2) {}
-    int64_t next(int64_t length) {
-        position_ = std::clamp<int64_t>(position_ + static_cast<int64_t>(random_() % 81) - 40, 1,
-                                        length - 1);
-        return position_;
-    }
-
-  private:
-    std::mt19937 random_{1};
-    int64_t position_;
-};
-
 // One insert and one delete of a single character per iteration.
 void BM_EditNearCursor_TextStorage(benchmark::State& state) {
     TextStorage storage(utf16Document(state.range(0) * megabyte));

@@ -4,16 +4,9 @@
 #include <cmath>
 #include <numbers>
 
-namespace quod {
+#include "quoddle/base/Geometry.h"
 
-// A point in view coordinates.
-struct Point {
-    double x = 0;
-    double y = 0;
-    friend bool operator==(const Point&, const Point&) = default;
-};
-
-namespace Math {
+namespace quod::Math {
 
 [[nodiscard]] constexpr double radians(double degrees) {
     return degrees * std::numbers::pi / 180.0;
@@ -24,5 +17,4 @@ namespace Math {
     return std::hypot(b.x - a.x, b.y - a.y);
 }
 
-}  // namespace Math
-}  // namespace quod
+}  // namespace quod::Math

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
+
+#include "quoddle/strings/LineFunctions.h"
 
 namespace quod {
 
@@ -101,6 +104,32 @@ void LineStartIndex::removeStarts(int64_t line, int64_t count) {
     if (stepLine_ < line + count - 1) applyStepUpTo(line + count - 1);
     starts_.erase(line, count);
     stepLine_ -= count;
+}
+
+LineStartIndex::Lines LineStartIndex::linesStartingInReplacedRange(Range range) const {
+    const int64_t low = std::max<int64_t>(range.location, 1);
+    const int64_t first = lineContaining(low - 1) + 1;
+    const int64_t last = lineContaining(range.end());
+    return {first, std::max<int64_t>(last - first + 1, 0)};
+}
+
+LineStartIndex::Lines LineStartIndex::replace(Range range, std::u16string_view text,
+                                              char16_t unitBefore, bool nextIsLineFeed) {
+    const int64_t location = range.location;
+    const int64_t delta = checkedSubtract(std::ssize(text), range.length);
+    const Lines old = linesStartingInReplacedRange(range);
+    removeStarts(old.first, old.count);
+    shiftAfter(old.first - 1, delta);
+
+    std::vector<int64_t> starts;
+    if (location > 0 && isLineTerminator(unitBefore)) {
+        // The unit before the change may now end a line, or stop being the CR of a pair.
+        const bool firstIsLineFeed = text.empty() ? nextIsLineFeed : text.front() == u'\n';
+        if (unitBefore != u'\r' || !firstIsLineFeed) starts.push_back(location);
+    }
+    appendLineStarts(text, location, nextIsLineFeed, starts);
+    insertStarts(old.first, starts);
+    return {old.first, std::ssize(starts)};
 }
 
 void LineStartIndex::applyStepUpTo(int64_t line) {

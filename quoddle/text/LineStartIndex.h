@@ -12,7 +12,9 @@
 #include <atomic>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
+#include "quoddle/base/Range.h"
 #include "quoddle/base/SplitVector.h"
 
 namespace quod {
@@ -43,6 +45,26 @@ class LineStartIndex {
 
     // Removes the starts of lines [line, line + count); line 0 cannot be removed.
     void removeStarts(int64_t line, int64_t count);
+
+    // A run of lines: [first, first + count).
+    struct Lines {
+        int64_t first = 0;
+        int64_t count = 0;
+    };
+
+    // Whether a line starts at p depends only on units p-1 and p, so replacing the units of
+    // `range` can only remove or add starts in [max(location, 1), range.end()] (line 0 always
+    // starts at 0). These are the lines that now start there; count 0 when none does.
+    [[nodiscard]] Lines linesStartingInReplacedRange(Range range) const;
+
+    // Brings the index up to date after the units of `range` (positions before the change) were
+    // replaced by `text`: drops the starts that the change may have moved or removed, shifts the
+    // later ones, and finds the starts of the changed stretch again. `unitBefore` is the unit
+    // just before the change (ignored when it starts at 0); `nextIsLineFeed` says whether the unit
+    // just after the new text is an LF, which decides whether a CR at either edge starts a line.
+    // Answers the lines that now start inside the change. Costs O(log lines + text.size() +
+    // lines removed), plus the pending shift's travel (see above).
+    Lines replace(Range range, std::u16string_view text, char16_t unitBefore, bool nextIsLineFeed);
 
   private:
     void applyStepUpTo(int64_t line);

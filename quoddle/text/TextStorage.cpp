@@ -165,30 +165,12 @@ void TextStorage::replaceCharactersInRange(Range range, std::u16string_view text
     const int64_t delta = checkedSubtract(inserted, range.length);
     QUOD_PRECONDITION(checkedAdd(length(), delta) >= 0, "negative text length");
 
-    // Whether a line starts at p depends on units p-1 and p, so only starts in [location, end of
-    // the change] can appear or vanish (position 0 always starts line 0). Drop the old ones there,
-    // shift the later ones, then find the new ones in the changed stretch.
-    const int64_t low = std::max<int64_t>(location, 1);
-    const int64_t firstLine = lines_.lineContaining(low - 1) + 1;
-    const int64_t lastLine = lines_.lineContaining(range.end());
-    if (lastLine >= firstLine) lines_.removeStarts(firstLine, lastLine - firstLine + 1);
-    lines_.shiftAfter(firstLine - 1, delta);
-
+    // Both neighbours of the change survive it, so they can be read before the buffer changes.
+    const char16_t unitBefore = location > 0 ? buffer_.at(location - 1) : u'\0';
+    const bool nextIsLineFeed = range.end() < length() && buffer_.at(range.end()) == u'\n';
     buffer_.erase(location, range.length);
     buffer_.insert(location, std::span<const char16_t>(text.data(), text.size()));
-
-    const int64_t newLength = length();
-    const int64_t afterInsertion = location + inserted;
-    std::vector<int64_t> starts;
-    if (location > 0) {
-        // The unit before the change may now end a line, or stop being the CR of a pair.
-        const char16_t before = buffer_.at(location - 1);
-        const bool pairs = before == u'\r' && location < newLength && buffer_.at(location) == u'\n';
-        if (isLineTerminator(before) && !pairs) starts.push_back(location);
-    }
-    const bool nextIsLineFeed = afterInsertion < newLength && buffer_.at(afterInsertion) == u'\n';
-    appendLineStarts(text, location, nextIsLineFeed, starts);
-    lines_.insertStarts(firstLine, starts);
+    lines_.replace(range, text, unitBefore, nextIsLineFeed);
 
     didProcessEditing.emit(TextStorageEdit{{location, inserted}, delta});
 }

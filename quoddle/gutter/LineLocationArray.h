@@ -1,0 +1,55 @@
+// The gutter's index of where each line of the text starts, kept up to date edit by edit.
+//
+// Entry i is the UTF-16 offset of the first unit of line i + 1, ascending. When the last line is
+// empty (the text is empty or ends with a line terminator) its entry is `emptyLastLine`, the
+// largest int64, instead of the text length: "" gives [emptyLastLine], "a\n" gives
+// [0, emptyLastLine], "a\r\nb" gives [0, 3]. Before the first `rebuild` the array is empty.
+//
+// `rebuild` walks the whole text with the text storage's line rule, as the index was always
+// built, and is the reference. `apply` brings the array up to date from one edit notification
+// of the text storage in time proportional to the edit: it reads only the changed units and
+// their two neighbours, drops and refinds the starts there and shifts the later ones lazily (see
+// LineStartIndex). The array must have seen every edit since its last rebuild; an edit that does
+// not fit (the lengths disagree) falls back to a rebuild. Both answer whether any entry changed.
+//
+// Reading an entry is O(1), `toVector` and comparison O(lines).
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "quoddle/text/LineStartIndex.h"
+#include "quoddle/text/TextStorage.h"
+
+namespace quod {
+
+class LineLocationArray {
+  public:
+    static constexpr int64_t emptyLastLine = std::numeric_limits<int64_t>::max();
+
+    [[nodiscard]] int64_t size() const { return indexed_ ? starts_.lineCount() : 0; }
+    [[nodiscard]] bool empty() const { return size() == 0; }
+    // Precondition: 0 <= index < size().
+    [[nodiscard]] int64_t operator[](int64_t index) const;
+    // The index of the first entry at or after `location`, or size() when there is none; O(log
+    // lines).
+    [[nodiscard]] int64_t firstIndexAtOrAfter(int64_t location) const;
+    [[nodiscard]] std::vector<int64_t> toVector() const;
+
+    // The array that a full walk of `textStorage` gives.
+    [[nodiscard]] static std::vector<int64_t> locationsByRebuilding(const TextStorage& textStorage);
+
+    bool rebuild(const TextStorage& textStorage);
+    // Not yet built: nothing happens and the answer is false.
+    bool apply(const TextStorage& textStorage, const TextStorageEdit& edit);
+
+    friend bool operator==(const LineLocationArray& array, const std::vector<int64_t>& locations);
+
+  private:
+    bool indexed_ = false;
+    LineStartIndex starts_;  // real starts: an empty last line starts at textLength_
+    int64_t textLength_ = 0;
+};
+
+}  // namespace quod
