@@ -1,5 +1,7 @@
 #include "quoddle/preferences/Color.h"
 
+#include <mutex>
+
 #include "quoddle/base/Precondition.h"
 #include "quoddle/preferences/Appearance.h"
 #include "quoddle/preferences/UserDefaults.h"
@@ -47,31 +49,60 @@ Color Color::darkGray() {
     return withWhite(1.0 / 3.0, 1);
 }
 
+namespace {
+
+struct SystemColorValues {
+    std::array<double, 4> light;
+    std::array<double, 4> dark;
+};
+
 // Light values are the classic desktop colours; dark values those of the platform's dark look.
+// Indexed by SystemColor.
+std::array<SystemColorValues, 7> systemColorTable = {{
+    {{0.698039, 0.843137, 1.0, 1.0}, {0.247059, 0.388235, 0.545098, 1.0}},
+    {{0.92549, 0.92549, 0.92549, 1.0}, {0.196078, 0.196078, 0.196078, 1.0}},
+    {{0.0, 0.0, 0.0, 1.0}, {1.0, 1.0, 1.0, 0.85}},
+    {{1.0, 1.0, 1.0, 1.0}, {0.117647, 0.117647, 0.117647, 1.0}},
+    {{0.0, 0.0, 0.0, 0.1}, {1.0, 1.0, 1.0, 0.1}},
+    {{0.901961, 0.901961, 0.901961, 1.0}, {0.101961, 0.101961, 0.101961, 1.0}},
+    {{0.588235, 0.588235, 0.588235, 1.0}, {0.156863, 0.156863, 0.156863, 1.0}},
+}};
+std::mutex systemColorMutex;
+
+}  // namespace
+
+Color Color::systemColor(SystemColor color) {
+    std::lock_guard lock(systemColorMutex);
+    const SystemColorValues& values = systemColorTable.at(static_cast<size_t>(color));
+    return Color(ColorSpace::system, values.light, values.dark);
+}
+
+void Color::setSystemColor(SystemColor color, bool forDarkAppearance, std::array<double, 4> value) {
+    std::lock_guard lock(systemColorMutex);
+    SystemColorValues& values = systemColorTable.at(static_cast<size_t>(color));
+    (forDarkAppearance ? values.dark : values.light) = value;
+}
+
 Color Color::selectedTextBackgroundColor() {
-    return Color(ColorSpace::system, {0.698039, 0.843137, 1.0, 1.0},
-                 {0.247059, 0.388235, 0.545098, 1.0});
+    return systemColor(SystemColor::selectedTextBackground);
 }
 Color Color::windowBackgroundColor() {
-    return Color(ColorSpace::system, {0.92549, 0.92549, 0.92549, 1.0},
-                 {0.196078, 0.196078, 0.196078, 1.0});
+    return systemColor(SystemColor::windowBackground);
 }
 Color Color::textColor() {
-    return Color(ColorSpace::system, {0.0, 0.0, 0.0, 1.0}, {1.0, 1.0, 1.0, 0.85});
+    return systemColor(SystemColor::text);
 }
 Color Color::textBackgroundColor() {
-    return Color(ColorSpace::system, {1.0, 1.0, 1.0, 1.0}, {0.117647, 0.117647, 0.117647, 1.0});
+    return systemColor(SystemColor::textBackground);
 }
 Color Color::separatorColor() {
-    return Color(ColorSpace::system, {0.0, 0.0, 0.0, 0.1}, {1.0, 1.0, 1.0, 0.1});
+    return systemColor(SystemColor::separator);
 }
 Color Color::gridColor() {
-    return Color(ColorSpace::system, {0.901961, 0.901961, 0.901961, 1.0},
-                 {0.101961, 0.101961, 0.101961, 1.0});
+    return systemColor(SystemColor::grid);
 }
 Color Color::underPageBackgroundColor() {
-    return Color(ColorSpace::system, {0.588235, 0.588235, 0.588235, 1.0},
-                 {0.156863, 0.156863, 0.156863, 1.0});
+    return systemColor(SystemColor::underPageBackground);
 }
 
 bool Color::isRGB() const {

@@ -35,6 +35,17 @@ namespace quod {
 
 enum class ColorSpace { sRGB, deviceRGB, genericRGB, genericGray, system, pattern };
 
+// The platform's named colours that the framework draws with.
+enum class SystemColor {
+    selectedTextBackground,
+    windowBackground,
+    text,
+    textBackground,
+    separator,
+    grid,
+    underPageBackground,
+};
+
 class Color {
   public:
     // Component-based colours: sRGB (what preferences read into), device RGB, generic
@@ -51,7 +62,8 @@ class Color {
     [[nodiscard]] static Color black();
     [[nodiscard]] static Color darkGray();
 
-    // The platform's system colours, each with a light and a dark value.
+    // The platform's system colours, each with a light and a dark value: the classic desktop
+    // colours until a toolkit layer tells the desktop's own with `setSystemColor`.
     [[nodiscard]] static Color selectedTextBackgroundColor();
     [[nodiscard]] static Color windowBackgroundColor();
     [[nodiscard]] static Color textColor();
@@ -59,6 +71,11 @@ class Color {
     [[nodiscard]] static Color separatorColor();
     [[nodiscard]] static Color gridColor();
     [[nodiscard]] static Color underPageBackgroundColor();
+    [[nodiscard]] static Color systemColor(SystemColor color);
+    // What the desktop uses for `color` in the light or the dark appearance, as red, green, blue
+    // and alpha. Colours made afterwards carry the new values; any thread may call it.
+    static void setSystemColor(SystemColor color, bool forDarkAppearance,
+                               std::array<double, 4> value);
 
     [[nodiscard]] ColorSpace colorSpace() const { return space_; }
 

@@ -59,6 +59,15 @@ TEST_F(PreferencesTest, StoredFormConvertsToRGBOrFallsBack) {
     EXPECT_EQ(components(selection), (PlistArray{0.698039, 0.843137, 1.0, 1.0}));
     EXPECT_NE(dark, components(selection));
 
+    // A toolkit layer replaces one appearance's value; colours made later carry it.
+    Color::setSystemColor(SystemColor::windowBackground, true, {0.1, 0.2, 0.3, 1.0});
+    const Color window = Color::windowBackgroundColor();
+    EXPECT_EQ(components(window), (PlistArray{0.92549, 0.92549, 0.92549, 1.0}));
+    setAppearance(PlatformAppearance::darkAquaName);
+    EXPECT_EQ(components(window), (PlistArray{0.1, 0.2, 0.3, 1.0}));
+    EXPECT_EQ(components(Color::selectedTextBackgroundColor()), dark);
+    setAppearance(PlatformAppearance::aquaName);
+
     // What defaultsArray stores, forKey reads back.
     const Color color = Color::withDeviceRed(0.2, 0.4, 0.6, 0.8);
     store->setObject("KeywordsColour", color.defaultsArray(ColorKey::keyword));
