@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "quoddle/base/FileBytes.h"
+
+namespace quod {
+namespace {
+
+std::string text(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+class FileBytesTests : public testing::Test {
+  protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/quoddle-bytes-XXXXXX";
+        folder_ = ::mkdtemp(pattern);
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    std::string write(const std::string& name, const std::string& contents) {
+        const std::string path = folder_ + "/" + name;
+        std::ofstream(path, std::ios::binary) << contents;
+        return path;
+    }
+
+    std::string folder_;
+};
+
+TEST_F(FileBytesTests, ReadsFilesWholeAndKeepsTheBytesAcrossMoves) {
+    const std::string contents("a\0b\xFF\r\n", 6);
+    auto file = FileBytes::read(write("data", contents));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(text(file->bytes()), contents);
+
+    FileBytes moved = std::move(*file);
+    EXPECT_EQ(text(moved.bytes()), contents);
+    auto other = FileBytes::read(write("other", "other"));
+    ASSERT_TRUE(other);
+    moved = std::move(*other);
+    EXPECT_EQ(text(moved.bytes()), "other");
+
+    auto empty = FileBytes::read(write("empty", ""));
+    ASSERT_TRUE(empty);
+    EXPECT_TRUE(empty->bytes().empty());
+}
+
+TEST_F(FileBytesTests, ReadsWhatAPipeDelivers) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    // More than one read's worth, so the loop has to go round.
+    const std::string contents(200'000, 'p');
+    std::thread writer([&] {
+        std::size_t done = 0;
+        while (done < contents.size()) {
+            const ssize_t count = ::write(ends[1], contents.data() + done, contents.size() - done);
+            if (count <= 0) break;
+            done += static_cast<std::size_t>(count);
+        }
+        ::close(ends[1]);
+    });
+    auto bytes = FileBytes::readDescriptor(ends[0]);
+    writer.join();
+    ::close(ends[0]);
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(text(bytes->bytes()), contents);
+}
+
+TEST_F(FileBytesTests, FailsQuietlyWithTheSystemsReason) {
+    std::error_code error;
+    EXPECT_FALSE(FileBytes::read(folder_ + "/missing", &error));
+    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+    EXPECT_FALSE(FileBytes::read(folder_, &error));
+    EXPECT_EQ(error, std::errc::is_a_directory);
+    EXPECT_FALSE(FileBytes::read(folder_ + "/missing"));
+}
+
+}  // namespace
+}  // namespace quod
