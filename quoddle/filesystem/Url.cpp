@@ -1,6 +1,5 @@
 #include "quoddle/filesystem/Url.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,7 +7,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "quoddle/strings/PathStrings.h"  // lastPathComponent
+#include "quoddle/strings/PathStrings.h"
 
 namespace quod {
 namespace {
@@ -37,8 +36,8 @@ bool isDirectoryOnDisk(const std::string& path) {
 // $HOME, as the shell expands "~"; the password database when it is unset.
 std::string homeFolder() {
     if (const char* variable = std::getenv("HOME"); variable && *variable) return variable;
-    if (const passwd* entry = ::getpwuid(::getuid()); entry && entry->pw_dir) return entry->pw_dir;
-    return "/";
+    std::string entry = internal::passwordDatabaseHomeFolder();
+    return entry.empty() ? "/" : entry;
 }
 
 }  // namespace

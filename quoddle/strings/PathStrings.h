@@ -24,4 +24,12 @@ namespace quod {
 // The same with the home folder given, as tests and callers that already know it use it.
 [[nodiscard]] std::string shortenHomeFolder(std::string_view s, std::string_view home);
 
+namespace internal {
+
+// The current user's home folder as the password database records it (getpwuid_r for getuid),
+// whatever $HOME says; "" when there is no entry. Safe from any thread.
+[[nodiscard]] std::string passwordDatabaseHomeFolder();
+
+}  // namespace internal
+
 }  // namespace quod
