@@ -33,13 +33,6 @@ bool isDirectoryOnDisk(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// $HOME, as the shell expands "~"; the password database when it is unset.
-std::string homeFolder() {
-    if (const char* variable = std::getenv("HOME"); variable && *variable) return variable;
-    std::string entry = internal::passwordDatabaseHomeFolder();
-    return entry.empty() ? "/" : entry;
-}
-
 }  // namespace
 
 Url Url::fileURL(std::string_view path) {
@@ -115,7 +108,8 @@ std::string standardizingPath(std::string_view path) {
     if (path.empty()) return {};
     std::string expanded;
     if (path == "~" || path.starts_with("~/")) {
-        expanded = homeFolder() + std::string(path.substr(1));
+        std::string home = homeFolder();
+        expanded = (home.empty() ? "/" : home) + std::string(path.substr(1));
     } else {
         expanded = std::string(path);
     }

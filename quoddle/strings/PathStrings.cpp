@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace quod {
-namespace {
 
 std::string homeFolder() {
     if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
@@ -15,8 +14,6 @@ std::string homeFolder() {
     }
     return internal::passwordDatabaseHomeFolder();
 }
-
-}  // namespace
 
 namespace internal {
 

@@ -21,6 +21,10 @@ namespace quod {
 
 [[nodiscard]] std::string shortenHomeFolder(std::string_view s);
 
+// The home folder as the shell's "~" means it: $HOME, else the user's entry in the password
+// database; "" when neither says.
+[[nodiscard]] std::string homeFolder();
+
 // The same with the home folder given, as tests and callers that already know it use it.
 [[nodiscard]] std::string shortenHomeFolder(std::string_view s, std::string_view home);
 
