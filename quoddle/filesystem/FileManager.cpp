@@ -3,11 +3,16 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
+#include <span>
 #include <string_view>
+
+#include "quoddle/base/FileDescriptor.h"
+#include "quoddle/strings/Utf8Scan.h"
 
 namespace quod {
 
@@ -46,6 +51,26 @@ std::optional<std::vector<Url>> FileManager::contentsOfDirectory(
     return entries;
 }
 
+std::optional<std::string> FileManager::textContents(const Url& url) {
+    if (url.isEmpty()) return std::nullopt;
+    const FileDescriptor file(::open(url.path().c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.valid()) return std::nullopt;
+    std::string text;
+    char chunk[65536];
+    for (;;) {
+        const ssize_t count = ::read(file.get(), chunk, sizeof chunk);
+        if (count == 0) break;
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return std::nullopt;  // EISDIR for a folder
+        }
+        text.append(chunk, static_cast<std::size_t>(count));
+    }
+    const auto bytes = std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    if (!internal::scanUtf8(bytes).wellFormed) return std::nullopt;
+    return text;
+}
+
 bool FileManager::createDirectory(const Url& url, bool withIntermediateDirectories) {
     if (url.isEmpty()) return false;
     if (withIntermediateDirectories) {
@@ -53,7 +78,10 @@ bool FileManager::createDirectory(const Url& url, bool withIntermediateDirectori
         if (parent != url && !isDirectory(parent) && !createDirectory(parent, true)) return false;
     }
     if (::mkdir(url.path().c_str(), 0777) == 0) return true;
-    return withIntermediateDirectories && errno == EEXIST && isDirectory(url);
+    if (!withIntermediateDirectories || errno != EEXIST) return false;
+    if (isDirectory(url)) return true;
+    errno = ENOTDIR;  // a file stands where the folder must go
+    return false;
 }
 
 Url FileManager::temporaryDirectory() {

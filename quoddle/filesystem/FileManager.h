@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "quoddle/filesystem/Url.h"
@@ -44,8 +45,13 @@ class FileManager {
     [[nodiscard]] static std::optional<std::vector<Url>> contentsOfDirectory(
         const Url& url, DirectoryEnumerationOptions options);
 
+    // The file's content when it is well-formed UTF-8 text; absent when it cannot be read (missing,
+    // a folder, no permission) or is not UTF-8. An empty file is "".
+    [[nodiscard]] static std::optional<std::string> textContents(const Url& url);
+
     // Makes the folder; with `withIntermediateDirectories` its missing parents too, and a folder
-    // that is already there counts as success. False when it could not be made.
+    // that is already there counts as success. False when it could not be made, and errno then
+    // says why.
     static bool createDirectory(const Url& url, bool withIntermediateDirectories);
 
     // $TMPDIR when it names a folder, else /tmp, as a directory URL.

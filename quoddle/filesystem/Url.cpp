@@ -1,6 +1,5 @@
 #include "quoddle/filesystem/Url.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,7 +7,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "quoddle/strings/PathStrings.h"  // lastPathComponent
+#include "quoddle/strings/PathStrings.h"
 
 namespace quod {
 namespace {
@@ -32,13 +31,6 @@ std::string absolute(std::string_view path) {
 bool isDirectoryOnDisk(const std::string& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-// $HOME, as the shell expands "~"; the password database when it is unset.
-std::string homeFolder() {
-    if (const char* variable = std::getenv("HOME"); variable && *variable) return variable;
-    if (const passwd* entry = ::getpwuid(::getuid()); entry && entry->pw_dir) return entry->pw_dir;
-    return "/";
 }
 
 }  // namespace
@@ -116,7 +108,8 @@ std::string standardizingPath(std::string_view path) {
     if (path.empty()) return {};
     std::string expanded;
     if (path == "~" || path.starts_with("~/")) {
-        expanded = homeFolder() + std::string(path.substr(1));
+        std::string home = homeFolder();
+        expanded = (home.empty() ? "/" : home) + std::string(path.substr(1));
     } else {
         expanded = std::string(path);
     }

@@ -14,13 +14,16 @@
 #include <cstdlib>
 #include <limits>
 
+#include "quoddle/base/FileDescriptor.h"
+
 namespace quod {
 
 // What the cached domain was parsed from, and the domain itself.
 struct UserDefaults::FileState {
     bool loaded = false;
     bool exists = false;
-    bool damaged = false;  // the file was there but did not parse: `domain` is empty, not its content
+    // The file was there but did not parse: `domain` is empty, not its content.
+    bool damaged = false;
     dev_t device = 0;
     ino_t inode = 0;
     off_t size = 0;
@@ -43,21 +46,6 @@ struct UserDefaults::FileState {
 };
 
 namespace {
-
-class Descriptor {
-  public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    [[nodiscard]] int get() const { return descriptor_; }
-    [[nodiscard]] bool valid() const { return descriptor_ >= 0; }
-
-  private:
-    int descriptor_;
-};
 
 // The whole content of an open file, or no value on a read error.
 std::optional<std::string> readAll(int descriptor, std::size_t sizeHint) {
@@ -93,7 +81,7 @@ enum class Parsed { absent, dictionary, damaged };
 // Reads and parses the file; fills `status` with what was read.
 Parsed loadDomain(const std::filesystem::path& file, PlistDictionary& domain, struct stat& status) {
     domain.clear();
-    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!descriptor.valid() || ::fstat(descriptor.get(), &status) != 0) return Parsed::absent;
     const auto bytes = readAll(descriptor.get(), static_cast<std::size_t>(status.st_size));
     if (!bytes) return Parsed::damaged;
@@ -350,7 +338,7 @@ void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> val
     // The lock lives in a file of its own: the store's file is replaced by every write, and a lock
     // on a replaced file would guard nothing. The kernel drops it if this process dies.
     const std::filesystem::path lockPath = file_.string() + ".lock";
-    const Descriptor lockFile(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor lockFile(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!lockFile.valid()) return;
     while (::flock(lockFile.get(), LOCK_EX) != 0) {
         if (errno != EINTR) return;
@@ -388,7 +376,7 @@ void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> val
     const std::filesystem::path temporary = file_.string() + ".tmp-" + std::to_string(::getpid()) +
                                             "-" + std::to_string(temporaryCounter.fetch_add(1));
     const mode_t mode = parsed == Parsed::absent ? 0600 : (read.st_mode & 07777);
-    const Descriptor output(
+    const FileDescriptor output(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!output.valid()) return;
     ::fchmod(output.get(), mode);  // the umask must not narrow the old file's mode

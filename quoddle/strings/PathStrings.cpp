@@ -7,13 +7,18 @@
 #include <vector>
 
 namespace quod {
-namespace {
 
 std::string homeFolder() {
     if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
         return home;
     }
-    // The reentrant lookup, since any thread may shorten a path.
+    return internal::passwordDatabaseHomeFolder();
+}
+
+namespace internal {
+
+std::string passwordDatabaseHomeFolder() {
+    // The reentrant lookup, since any thread may ask.
     const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);
     std::vector<char> buffer(suggested > 0 ? static_cast<std::size_t>(suggested) : 16384);
     passwd entry{};
@@ -25,7 +30,7 @@ std::string homeFolder() {
     return found->pw_dir;
 }
 
-}  // namespace
+}  // namespace internal
 
 std::string lastPathComponent(std::string_view path) {
     if (path.empty()) {

@@ -21,7 +21,19 @@ namespace quod {
 
 [[nodiscard]] std::string shortenHomeFolder(std::string_view s);
 
+// The home folder as the shell's "~" means it: $HOME, else the user's entry in the password
+// database; "" when neither says.
+[[nodiscard]] std::string homeFolder();
+
 // The same with the home folder given, as tests and callers that already know it use it.
 [[nodiscard]] std::string shortenHomeFolder(std::string_view s, std::string_view home);
+
+namespace internal {
+
+// The current user's home folder as the password database records it (getpwuid_r for getuid),
+// whatever $HOME says; "" when there is no entry. Safe from any thread.
+[[nodiscard]] std::string passwordDatabaseHomeFolder();
+
+}  // namespace internal
 
 }  // namespace quod
