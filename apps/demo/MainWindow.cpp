@@ -52,6 +52,7 @@ MainWindow::MainWindow(QWidget* parent)
 
     addFileMenu();
     new TextMenus(*menuBar(), [this] { return document_.get(); });
+    commands_ = new CommandRunner(*menuBar(), *output_, [this] { return document_.get(); });
     new ThemeMenu(*menuBar());
     addViewMenu();
 

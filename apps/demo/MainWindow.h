@@ -14,6 +14,7 @@
 #include <QPlainTextEdit>
 #include <memory>
 
+#include "demo/CommandRunner.h"
 #include "demo/Document.h"
 #include "demo/EditorArea.h"
 #include "demo/FolderSidebar.h"
@@ -40,6 +41,7 @@ class MainWindow : public QMainWindow {
     [[nodiscard]] FolderSidebar& sidebar() { return *sidebar_; }
     [[nodiscard]] StatusLine& statusLine() { return *statusLine_; }
     [[nodiscard]] QPlainTextEdit& outputPane() { return *output_; }
+    [[nodiscard]] CommandRunner& commandRunner() { return *commands_; }
 
   private:
     void addFileMenu();
@@ -54,6 +56,7 @@ class MainWindow : public QMainWindow {
     FolderSidebar* sidebar_;
     QPlainTextEdit* output_;
     StatusLine* statusLine_;
+    CommandRunner* commands_ = nullptr;
     Connection themeChanged_;
 };
 

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "quoddle/base/FileDescriptor.h"
+
 namespace quod {
 namespace {
 
@@ -17,25 +19,11 @@ std::nullopt_t fail(std::error_code* error, int number) {
     return std::nullopt;
 }
 
-class Descriptor {
-  public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    [[nodiscard]] int get() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
 }  // namespace
 
 std::optional<FileBytes> FileBytes::read(const std::string& path, std::error_code* error) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.get() < 0) return fail(error, errno);
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.valid()) return fail(error, errno);
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) return fail(error, errno);
     if (S_ISDIR(status.st_mode)) return fail(error, EISDIR);

@@ -86,18 +86,18 @@ std::optional<FileReplacement> FileReplacement::replacing(const std::string& pat
     const std::string name = replacement.target_.substr(slash == std::string::npos ? 0 : slash + 1);
     std::string temporary = folder + "." + name + ".replacement-" + std::to_string(::getpid()) +
                             "-" + std::to_string(counter.fetch_add(1));
-    const int descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor < 0) {
+    replacement.descriptor_ =
+        FileDescriptor(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!replacement.descriptor_.valid()) {
         failWithErrno(error);
         return std::nullopt;
     }
-    replacement.descriptor_ = descriptor;
     replacement.temporary_ = std::move(temporary);
     return replacement;
 }
 
 FileReplacement::FileReplacement(FileReplacement&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)),
+    : descriptor_(std::move(other.descriptor_)),
       target_(std::move(other.target_)),
       temporary_(std::exchange(other.temporary_, {})),
       existed_(other.existed_),
@@ -106,14 +106,15 @@ FileReplacement::FileReplacement(FileReplacement&& other) noexcept
       group_(other.group_) {}
 
 FileReplacement::~FileReplacement() {
-    if (descriptor_ >= 0) ::close(descriptor_);
+    descriptor_.reset();
     if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
 bool FileReplacement::write(std::span<const std::uint8_t> bytes, std::error_code* error) {
-    if (descriptor_ < 0) return fail(error, std::make_error_code(std::errc::bad_file_descriptor));
+    if (!descriptor_.valid())
+        return fail(error, std::make_error_code(std::errc::bad_file_descriptor));
     while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
+        const ssize_t count = ::write(descriptor_.get(), bytes.data(), bytes.size());
         if (count < 0) {
             if (errno == EINTR) continue;
             return failWithErrno(error);
@@ -124,15 +125,16 @@ bool FileReplacement::write(std::span<const std::uint8_t> bytes, std::error_code
 }
 
 bool FileReplacement::commit(std::error_code* error) {
-    if (descriptor_ < 0) return fail(error, std::make_error_code(std::errc::bad_file_descriptor));
+    if (!descriptor_.valid())
+        return fail(error, std::make_error_code(std::errc::bad_file_descriptor));
     if (existed_) {
-        if (::fchmod(descriptor_, permissions_) != 0) return failWithErrno(error);
+        if (::fchmod(descriptor_.get(), permissions_) != 0) return failWithErrno(error);
         // Keeping the owner only works for root; anyone else already owns what they may rename.
-        [[maybe_unused]] const int kept = ::fchown(descriptor_, owner_, group_);
+        [[maybe_unused]] const int kept = ::fchown(descriptor_.get(), owner_, group_);
     }
-    if (::fsync(descriptor_) != 0) return failWithErrno(error);
+    if (::fsync(descriptor_.get()) != 0) return failWithErrno(error);
     // A failing close is reported: some file systems only report write errors there.
-    if (::close(std::exchange(descriptor_, -1)) != 0) return failWithErrno(error);
+    if (::close(descriptor_.release()) != 0) return failWithErrno(error);
     if (::rename(temporary_.c_str(), target_.c_str()) != 0) return failWithErrno(error);
     temporary_.clear();
     return true;

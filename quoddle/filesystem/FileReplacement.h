@@ -28,6 +28,8 @@
 #include <system_error>
 #include <type_traits>
 
+#include "quoddle/base/FileDescriptor.h"
+
 namespace quod {
 
 enum class FileReplacementError { notRegularFile = 1, readOnly = 2 };
@@ -57,7 +59,7 @@ class FileReplacement {
   private:
     FileReplacement() = default;
 
-    int descriptor_ = -1;
+    FileDescriptor descriptor_;
     std::string target_;
     std::string temporary_;
     bool existed_ = false;

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QMenu>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -275,6 +276,57 @@ class DemoAppTests : public QObject {
 
         Q_EMIT sidebar.itemActivated(sub->child(0), 0);
         QCOMPARE(textOf(window), QString("inner"));
+    }
+
+    void commandsRunInTheBackgroundAndReportWhereTheySay() {
+        MainWindow window;
+        QVERIFY(window.openDocument(file("commands.txt", "keep [replace] keep")));
+        quod::demo::CommandRunner& runner = window.commandRunner();
+        QSignalSpy finished(&runner, &quod::demo::CommandRunner::finished);
+
+        // Quotes group an argument; the output goes to the pane.
+        runner.run(quod::Command("", "printf \"%s|%s\" \"a b\" c", false, false, false));
+        QVERIFY(finished.wait(20'000));
+        QCOMPARE(finished.takeFirst().at(1).toString(), QString("a b|c"));
+        QVERIFY(window.outputPane().toPlainText().contains("a b|c"));
+
+        // Inline: in place of the selection, one undo step.
+        quod::QuodTextView& view = *window.document().textView();
+        view.setSelectedRange({5, 9});
+        runner.run(quod::Command("", "printf done", true, false, false));
+        QVERIFY(finished.wait(20'000));
+        finished.clear();
+        QCOMPARE(textOf(window), QString("keep done keep"));
+        view.undo();
+        QCOMPARE(textOf(window), QString("keep [replace] keep"));
+
+        // Suppressed: nothing shows. A program that does not exist only says so.
+        const QString pane = window.outputPane().toPlainText();
+        runner.run(quod::Command("", "printf hidden", false, true, false));
+        QVERIFY(finished.wait(20'000));
+        QCOMPARE(window.outputPane().toPlainText(), pane);
+        runner.run(quod::Command("", "no-such-program-for-the-demo", false, false, false));
+        QVERIFY(finished.wait(20'000));
+        QVERIFY(window.outputPane().toPlainText().contains("no-such-program-for-the-demo"));
+    }
+
+    void theCommandsMenuListsTheCommandsPreference() {
+        quod::Defaults::commands.set({quod::Command("Zulu", "printf z", false, false, false),
+                                      quod::Command("alpha", "printf a", false, false, false)});
+        MainWindow window;
+        auto* menu = window.findChild<QMenu*>("commandsMenu");
+        QVERIFY(menu != nullptr);
+        Q_EMIT menu->aboutToShow();
+        const QList<QAction*> actions = menu->actions();
+        QCOMPARE(actions.size(), 4);
+        QCOMPARE(actions[0]->text(), QString("alpha"));
+        QCOMPARE(actions[1]->text(), QString("Zulu"));
+        QVERIFY(actions[2]->isSeparator());
+        QCOMPARE(actions[3]->objectName(), QString("runCommand"));
+        QSignalSpy finished(&window.commandRunner(), &quod::demo::CommandRunner::finished);
+        actions[1]->trigger();
+        QVERIFY(finished.wait(20'000));
+        QCOMPARE(finished.takeFirst().at(1).toString(), QString("z"));
     }
 
     void screenshotsInTheLightAndTheDarkTheme_data() {
