@@ -13,6 +13,11 @@ QColor toQColor(const Color& color) {
         static_cast<float>(rgb->blueComponent()), static_cast<float>(rgb->alphaComponent()));
 }
 
+int tabWidthPreference() {
+    const int64_t width = Defaults::tabWidth.get();
+    return width > 0 && width <= 64 ? static_cast<int>(width) : 4;
+}
+
 EditorArea::EditorArea(std::shared_ptr<QuodTextView> view, QWidget* parent)
     : QWidget(parent),
       layout_(new QHBoxLayout(this)),
@@ -41,8 +46,7 @@ void EditorArea::applyThemeColors() {
 }
 
 void EditorArea::applyTabWidth() {
-    const int64_t width = Defaults::tabWidth.get();
-    textView_->setTabWidth(width > 0 && width <= 64 ? static_cast<int>(width) : 4);
+    textView_->setTabWidth(tabWidthPreference());
 }
 
 }  // namespace quod::demo

@@ -20,6 +20,9 @@ namespace quod::demo {
 // Color::forKey as Qt draws it: the colour in sRGB, no value conversions beyond that.
 [[nodiscard]] QColor toQColor(const Color& color);
 
+// "TabWidth" in columns: 4 when unset, not positive or beyond 64 (a damaged preference).
+[[nodiscard]] int tabWidthPreference();
+
 class EditorArea : public QWidget {
     Q_OBJECT
 

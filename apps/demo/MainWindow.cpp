@@ -18,10 +18,6 @@
 namespace quod::demo {
 namespace {
 
-QString localized(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 QDockWidget* addDock(QMainWindow& window, const QString& title, const char* name, QWidget* content,
                      Qt::DockWidgetArea area) {
     auto* dock = new QDockWidget(title, &window);
@@ -42,11 +38,13 @@ MainWindow::MainWindow(QWidget* parent)
       output_(new QPlainTextEdit(this)),
       statusLine_(new StatusLine(*statusBar())) {
     setCentralWidget(editor_);
-    addDock(*this, localized(Localize::sidebar()), "sidebarDock", sidebar_, Qt::LeftDockWidgetArea);
+    addDock(*this, QString::fromStdString(Localize::sidebar()), "sidebarDock", sidebar_,
+            Qt::LeftDockWidgetArea);
     output_->setObjectName("outputPane");
     output_->setReadOnly(true);
     output_->setMaximumBlockCount(10'000);
-    addDock(*this, localized(Localize::result()), "outputDock", output_, Qt::BottomDockWidgetArea);
+    addDock(*this, QString::fromStdString(Localize::result()), "outputDock", output_,
+            Qt::BottomDockWidgetArea);
     resizeDocks({findChild<QDockWidget*>("sidebarDock")}, {220}, Qt::Horizontal);
     resizeDocks({findChild<QDockWidget*>("outputDock")}, {120}, Qt::Vertical);
 
@@ -115,21 +113,22 @@ void MainWindow::chooseFolder(const QString& path) {
 
 void MainWindow::addFileMenu() {
     QMenu* menu = menuBar()->addMenu("File");
-    QAction* open = menu->addAction(localized(Localize::open()) + QString::fromUtf8("…"));
+    QAction* open =
+        menu->addAction(QString::fromStdString(Localize::open()) + QString::fromUtf8("…"));
     open->setShortcut(QKeySequence::Open);
     connect(open, &QAction::triggered, this, [this] {
         const QString path = QFileDialog::getOpenFileName(this);
         QString error;
         if (!path.isEmpty() && !openDocument(path, &error)) showError(error);
     });
-    QAction* save = menu->addAction(localized(Localize::save()));
+    QAction* save = menu->addAction(QString::fromStdString(Localize::save()));
     save->setObjectName("save");
     save->setShortcut(QKeySequence::Save);
     connect(save, &QAction::triggered, this, [this] {
         QString error;
         if (!saveDocument(&error) && !error.isEmpty()) showError(error);
     });
-    QAction* saveAs = menu->addAction(localized(Localize::Ellipsis::save()));
+    QAction* saveAs = menu->addAction(QString::fromStdString(Localize::Ellipsis::save()));
     saveAs->setShortcut(QKeySequence::SaveAs);
     connect(saveAs, &QAction::triggered, this, [this] {
         const QString path = QFileDialog::getSaveFileName(this);
@@ -141,22 +140,22 @@ void MainWindow::addFileMenu() {
         updateTitle();
     });
     menu->addSeparator();
-    QAction* folder = menu->addAction(localized(Localize::Ellipsis::chooseFolder()));
+    QAction* folder = menu->addAction(QString::fromStdString(Localize::Ellipsis::chooseFolder()));
     connect(folder, &QAction::triggered, this, [this] {
         const QString path = QFileDialog::getExistingDirectory(this);
         if (!path.isEmpty()) chooseFolder(path);
     });
     menu->addSeparator();
-    QAction* quit = menu->addAction(localized(Localize::close()));
+    QAction* quit = menu->addAction(QString::fromStdString(Localize::close()));
     quit->setShortcut(QKeySequence::Quit);
     connect(quit, &QAction::triggered, this, &QWidget::close);
 }
 
 void MainWindow::addViewMenu() {
-    QMenu* menu = menuBar()->addMenu(localized(Localize::show()));
+    QMenu* menu = menuBar()->addMenu(QString::fromStdString(Localize::show()));
     for (auto* dock : findChildren<QDockWidget*>())
         menu->addAction(dock->toggleViewAction());
-    menu->actions().front()->setText(localized(Localize::toggleSidebar()));
+    menu->actions().front()->setText(QString::fromStdString(Localize::toggleSidebar()));
 }
 
 void MainWindow::documentChanged() {

@@ -6,10 +6,6 @@
 namespace quod::demo {
 namespace {
 
-QString localized(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 QString number(int64_t value) {
     return QString::fromStdString(Localize::intString(value));
 }
@@ -27,18 +23,19 @@ StatusLine::StatusLine(QStatusBar& bar)
 void StatusLine::update(const QuodTextView& view) {
     const Range selected = view.selectedRange();
     const int64_t line = view.textStorage().lineIndexOfPosition(selected.location) + 1;
-    QString text = localized(Localize::line()) + " " + number(line) + "   " +
-                   localized(Localize::position()) + " " + number(selected.location);
+    QString text = QString::fromStdString(Localize::line()) + " " + number(line) + "   " +
+                   QString::fromStdString(Localize::position()) + " " + number(selected.location);
     if (selected.length <= countLimit) {
         const std::u16string selectedText = view.textStorage().substringWithRange(selected);
         const auto count =
             Text::selectionCount(selectedText, {{0, static_cast<int64_t>(selectedText.size())}});
         text += "   " + number(count.characters) + " " +
-                localized(Localize::Lowercase::characters()) + "   " + number(count.words) + " " +
-                localized(Localize::Lowercase::words());
+                QString::fromStdString(Localize::Lowercase::characters()) + "   " +
+                number(count.words) + " " + QString::fromStdString(Localize::Lowercase::words());
     } else {
-        text += QString::fromUtf8("   — ") + localized(Localize::Lowercase::characters()) +
-                QString::fromUtf8("   — ") + localized(Localize::Lowercase::words());
+        text += QString::fromUtf8("   — ") +
+                QString::fromStdString(Localize::Lowercase::characters()) +
+                QString::fromUtf8("   — ") + QString::fromStdString(Localize::Lowercase::words());
     }
     selection_->setText(text);
 }

@@ -3,6 +3,7 @@
 #include <QInputDialog>
 #include <array>
 
+#include "demo/EditorArea.h"
 #include "quoddle/base/Utf.h"
 #include "quoddle/filesystem/Url.h"
 #include "quoddle/preferences/Defaults.h"
@@ -15,10 +16,6 @@
 
 namespace quod::demo {
 namespace {
-
-QString localized(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 struct TransformItem {
     StringTransform::Kind kind;
@@ -80,11 +77,6 @@ std::u16string spaces(int64_t count) {
     return std::u16string(static_cast<std::size_t>(count), u' ');
 }
 
-int64_t tabWidth() {
-    const int64_t width = Defaults::tabWidth.get();
-    return width > 0 && width <= 64 ? width : 4;
-}
-
 // The string rewrites act on the selection, or on the whole text when nothing is selected.
 void rewriteSelectionOrAll(QuodTextView& view,
                            const std::function<std::u16string(std::u16string_view)>& rewrite) {
@@ -117,7 +109,7 @@ std::u16string TextMenus::commentToken(const std::string& path) {
 }
 
 std::u16string TextMenus::indent() {
-    return Defaults::indentWithSpaces.get() ? spaces(tabWidth()) : std::u16string(u"\t");
+    return Defaults::indentWithSpaces.get() ? spaces(tabWidthPreference()) : std::u16string(u"\t");
 }
 
 QAction* TextMenus::addOperation(QMenu& menu, const QString& title, const char* name,
@@ -135,13 +127,13 @@ void TextMenus::run(const Operation& operation) {
 }
 
 void TextMenus::addEditMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::edit()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::edit()));
     addOperation(*menu, "Undo", "undo", &QuodTextView::undo, QKeySequence::Undo);
     addOperation(*menu, "Redo", "redo", &QuodTextView::redo, QKeySequence::Redo);
 }
 
 void TextMenus::addLinesMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::lines()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::lines()));
     addOperation(
         *menu, "Shift Left", "shiftLeft", [](QuodTextView& view) { Text::shiftLeft(view, true); },
         QKeySequence(Qt::CTRL | Qt::Key_BracketLeft));
@@ -150,9 +142,9 @@ void TextMenus::addLinesMenu(QMenuBar& bar) {
         [](QuodTextView& view) { Text::shiftRight(view, indent()); },
         QKeySequence(Qt::CTRL | Qt::Key_BracketRight));
     addOperation(*menu, "Spaces to Tab", "spacesToTab",
-                 [](QuodTextView& view) { Text::spacesToTab(view, spaces(tabWidth())); });
+                 [](QuodTextView& view) { Text::spacesToTab(view, spaces(tabWidthPreference())); });
     addOperation(*menu, "Tab to Spaces", "tabToSpaces",
-                 [](QuodTextView& view) { Text::tabToSpaces(view, spaces(tabWidth())); });
+                 [](QuodTextView& view) { Text::tabToSpaces(view, spaces(tabWidthPreference())); });
     addOperation(*menu, "Remove Needless Whitespace", "removeNeedlessWhitespace",
                  &Text::removeNeedlessWhitespace);
     addOperation(*menu, "Join Lines", "removeLineEndingsInSelection",
@@ -176,7 +168,7 @@ void TextMenus::addLinesMenu(QMenuBar& bar) {
 }
 
 void TextMenus::addTextMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::text()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::text()));
     addOperation(
         *menu, "Comment or Uncomment", "commentOrUncomment",
         [this](QuodTextView& view) {
@@ -209,14 +201,14 @@ void TextMenus::addTextMenu(QMenuBar& bar) {
 }
 
 void TextMenus::addTagsMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::tags()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::tags()));
     addOperation(*menu, "Close Tag", "closeTag", &Text::closeTag,
                  QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Period));
     addOperation(*menu, "New Tag", "newTag", &Text::newTag);
 }
 
 void TextMenus::addSnippetsMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::snippets()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::snippets()));
     menu->setObjectName("snippetsMenu");
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { rebuildSnippets(*menu); });
     rebuildSnippets(*menu);
@@ -226,7 +218,7 @@ void TextMenus::rebuildSnippets(QMenu& menu) {
     menu.clear();
     const std::vector<Snippet> snippets = Snippet::sort(Defaults::snippets.get());
     if (snippets.empty()) {
-        menu.addAction(localized(Localize::noItems()))->setEnabled(false);
+        menu.addAction(QString::fromStdString(Localize::noItems()))->setEnabled(false);
         return;
     }
     for (const Snippet& snippet : snippets) {
@@ -238,19 +230,19 @@ void TextMenus::rebuildSnippets(QMenu& menu) {
 }
 
 void TextMenus::addGoMenu(QMenuBar& bar) {
-    QMenu* menu = bar.addMenu(localized(Localize::go()));
+    QMenu* menu = bar.addMenu(QString::fromStdString(Localize::go()));
     QWidget* window = bar.parentWidget();
     addOperation(
-        *menu, localized(Localize::Ellipsis::gotoLine()), "gotoLine",
+        *menu, QString::fromStdString(Localize::Ellipsis::gotoLine()), "gotoLine",
         [window](QuodTextView& view) {
             const int64_t lines = view.numberOfLines();
             const int64_t current =
                 view.textStorage().lineIndexOfPosition(view.selectedRange().location) + 1;
             bool chosen = false;
             const int line = QInputDialog::getInt(
-                window, localized(Localize::Ellipsis::gotoLine()), localized(Localize::line()),
-                static_cast<int>(current), 1, static_cast<int>(std::min<int64_t>(lines, INT_MAX)),
-                1, &chosen);
+                window, QString::fromStdString(Localize::Ellipsis::gotoLine()),
+                QString::fromStdString(Localize::line()), static_cast<int>(current), 1,
+                static_cast<int>(std::min<int64_t>(lines, INT_MAX)), 1, &chosen);
             if (chosen) view.selectLineNumber(line);
         },
         QKeySequence(Qt::CTRL | Qt::Key_G));
