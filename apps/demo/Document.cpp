@@ -2,10 +2,10 @@
 
 #include "quoddle/base/FileBytes.h"
 #include "quoddle/filesystem/FileReplacement.h"
-#include "quoddle/filesystem/Url.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/runtime/Localize.h"
 #include "quoddle/strings/LineEnding.h"
+#include "quoddle/strings/PathStrings.h"
 #include "quoddle/text/DecodedText.h"
 
 namespace quod::demo {
@@ -83,7 +83,7 @@ bool Document::saveAs(const std::string& path, std::string* error) {
 }
 
 std::string Document::displayName() const {
-    return path_.empty() ? std::string("Untitled") : Url::fileURL(path_, false).lastPathComponent();
+    return path_.empty() ? std::string("Untitled") : lastPathComponent(path_);
 }
 
 }  // namespace quod::demo

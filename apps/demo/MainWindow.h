@@ -32,7 +32,8 @@ class MainWindow : public QMainWindow {
 
     // False, with a sentence for the user in `error`, when the file cannot be opened.
     bool openDocument(const QString& path, QString* error = nullptr);
-    // False, with a sentence for the user in `error`, when the document could not be written.
+    // False, with a sentence for the user in `error`, when the document could not be written. An
+    // untitled document asks where to go with a file dialog (false, no sentence, if cancelled).
     bool saveDocument(QString* error = nullptr);
     void chooseFolder(const QString& path);
 

@@ -5,10 +5,10 @@
 
 #include "demo/EditorArea.h"
 #include "quoddle/base/Utf.h"
-#include "quoddle/filesystem/Url.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/runtime/Localize.h"
 #include "quoddle/strings/LineEnding.h"
+#include "quoddle/strings/PathStrings.h"
 #include "quoddle/strings/StringTransform.h"
 #include "quoddle/text/LineOperations.h"
 #include "quoddle/text/SelectionRewrites.h"
@@ -97,7 +97,7 @@ TextMenus::TextMenus(QMenuBar& bar, CurrentDocument currentDocument)
 }
 
 std::u16string TextMenus::commentToken(const std::string& path) {
-    const std::string name = Url::fileURL(path, false).lastPathComponent();
+    const std::string name = lastPathComponent(path);
     const std::size_t dot = name.rfind('.');
     const std::string extension = dot == std::string::npos ? std::string() : name.substr(dot + 1);
     for (const char* hash : {"sh", "py", "rb", "pl", "conf", "cmake", "yaml", "yml", "toml"}) {

@@ -144,38 +144,51 @@ class DemoAppTests : public QObject {
 
     void menuItemsAreOneUndoStepEach_data() {
         QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("before");
         QTest::addColumn<QString>("after");
         QTest::newRow("sort") << "sort"
+                              << "a.txt"
                               << "pear\napple\ncherry"
                               << "apple\ncherry\npear";
         QTest::newRow("unique") << "unique"
+                                << "a.txt"
                                 << "b\na\nb"
                                 << "b\na";
         QTest::newRow("shift right") << "shiftRight"
+                                     << "a.txt"
                                      << "a\nb"
                                      << "\ta\n\tb";
         QTest::newRow("comment") << "commentOrUncomment"
+                                 << "a.c"
                                  << "a\nb"
                                  << "//a\n//b";
+        QTest::newRow("script comment") << "commentOrUncomment"
+                                        << "run.sh"
+                                        << "a"
+                                        << "#a";
         QTest::newRow("uppercase")
-            << "uppercase" << QString::fromUtf8("straße") << QString::fromUtf8("STRASSE");
-        QTest::newRow("transform")
-            << "transform.stripDiacritics" << QString::fromUtf8("Köln") << "Koln";
+            << "uppercase"
+            << "a.txt" << QString::fromUtf8("straße") << QString::fromUtf8("STRASSE");
+        QTest::newRow("transform") << "transform.stripDiacritics"
+                                   << "a.txt" << QString::fromUtf8("Köln") << "Koln";
         QTest::newRow("xml") << "prepareForXML"
+                             << "a.txt"
                              << "<a & b>"
                              << "&lt;a &amp; b&gt;";
         QTest::newRow("line endings") << "convertToWindows"
+                                      << "a.txt"
                                       << "a\nb\rc"
                                       << "a\r\nb\r\nc";
     }
 
     void menuItemsAreOneUndoStepEach() {
         QFETCH(QString, action);
+        QFETCH(QString, file);
         QFETCH(QString, before);
         QFETCH(QString, after);
         MainWindow window;
-        QVERIFY(window.openDocument(file("menu.txt", before.toUtf8())));
+        QVERIFY(window.openDocument(this->file(file, before.toUtf8())));
         quod::QuodTextView& view = *window.document().textView();
         view.selectAll();
         const quod::Range selection = view.selectedRange();
