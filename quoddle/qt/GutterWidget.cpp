@@ -32,9 +32,9 @@ GutterWidget::GutterWidget(TextViewWidget& textView, QWidget* parent)
     // Only a gutter without a text view draws nothing; the background then shows.
     setAutoFillBackground(true);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    // Qt's fonts and metrics before the core measures its digits.
+    QtPlatform::install();
     displayObserver_ = lineNumberView_.displayNeeded.connect([this] { update(); });
-    connect(&QtPlatform::install(), &QtPlatform::appearanceChanged, this,
-            [this] { lineNumberView_.updateLineNumbers(); });
     connect(&textView, &TextViewWidget::textViewChanged, this, &GutterWidget::setUp);
     lineNumberView_.setBounds({{0, 0}, {0, static_cast<double>(height())}});
     setUp();

@@ -12,8 +12,9 @@
 //   - mouse: presses and drags of the left button go to the core, in gutter coordinates, and the
 //     text view gets the focus, so what was selected can be copied at once;
 //   - looks: the core follows "ThemeChanged", "LineNumberFontChanged" and
-//     "LineNumberColorsChanged" itself and asks for a repaint; a new application palette
-//     (QtPlatform::appearanceChanged) repaints too, since system colours resolve when drawn.
+//     "LineNumberColorsChanged" itself and asks for a repaint. A new application palette alone
+//     changes nothing here: once set up, every colour of the gutter is a theme colour or fixed,
+//     none a system colour, so a host that picks themes by appearance posts "ThemeChanged".
 // Making a gutter installs QtPlatform (fonts, metrics, colours). The core starts following edits
 // and scrolling 0.3 seconds after set-up, on RunLoop::main(), so the application must drive that
 // loop (MainLoopBridge). When the text view shows another document the gutter sets itself up for

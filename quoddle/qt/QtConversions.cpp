@@ -8,6 +8,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -66,7 +67,9 @@ std::array<double, 4> colorComponents(const QColor& color) {
 }
 
 QFont toQFont(const Font& font, double pointSize) {
+    static std::mutex mutex;
     static std::map<std::string, std::optional<FamilyAndStyle>, std::less<>> faces;
+    const std::lock_guard lock(mutex);
     auto found = faces.find(font.fontName());
     if (found == faces.end()) {
         found = faces.emplace(font.fontName(), lookUpFace(font.fontName())).first;

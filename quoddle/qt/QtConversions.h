@@ -10,7 +10,7 @@
 // itself reads on Linux, and asks Qt for that family and style. Sizes are Qt points, so the
 // screen's logical resolution applies as it does to every other Qt font. A name fontconfig does
 // not know (a test catalogue's invented face, say) is passed to Qt as a family name, and Qt picks
-// its usual substitute. Lookups are remembered for the process; main thread only.
+// its usual substitute. Lookups are remembered for the process; any thread may convert.
 #pragma once
 
 #include <QColor>

@@ -57,6 +57,11 @@ QtPlatform::QtPlatform() : QObject(QGuiApplication::instance()) {
     QGuiApplication::instance()->installEventFilter(this);
 }
 
+QtPlatform::~QtPlatform() {
+    Font::setCatalogue(nullptr);
+    FontMetrics::install(nullptr);
+}
+
 bool QtPlatform::eventFilter(QObject* watched, QEvent* event) {
     // A filter on the application sees every object's events; widgets get their own copy of this
     // one, and the application's is the one to act on.

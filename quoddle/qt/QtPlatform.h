@@ -13,11 +13,12 @@
 //     appearance keeps the values it had;
 //   - sets the interface layout direction from QGuiApplication::layoutDirection.
 // It keeps following the application: a new palette (QEvent::ApplicationPaletteChange) updates
-// the appearance and colours and then emits `appearanceChanged`, which the layer's widgets follow;
-// a new layout direction updates Interface's. Widgets that follow the appearance install the
-// platform themselves, so a host needs to call this only to have fonts and colours before its
-// first such widget (the font catalogue should be in place before the first Font is made).
-// Main thread only.
+// the appearance and colours and then emits `appearanceChanged`, which ExtraTextView follows; a
+// new layout direction updates Interface's. The gutter and ExtraTextView install the platform
+// themselves, so a host needs to call this only to have fonts and colours before its first such
+// widget (the font catalogue should be in place before the first Font is made).
+// When the application goes, the core gets its own font catalogue and metrics back, since Qt's
+// font database goes with it. Main thread only.
 #pragma once
 
 #include <QObject>
@@ -29,6 +30,7 @@ class QtPlatform : public QObject {
 
   public:
     static QtPlatform& install();
+    ~QtPlatform() override;
 
   Q_SIGNALS:
     // The application palette changed; system colours and the current appearance follow it now.

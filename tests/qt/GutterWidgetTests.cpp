@@ -85,21 +85,12 @@ struct Pane {
     }
 };
 
-// How many pixels of the gutter are not background (the separator's column aside).
-int inkPixels(const QImage& image, QColor background) {
+// How many pixels of the gutter, the separator's column aside, are (or are not) `color`.
+int pixelsOfColor(const QImage& image, QColor color, bool equal = true) {
     int count = 0;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x + 1 < image.width(); ++x)
-            count += image.pixelColor(x, y) != background ? 1 : 0;
-    }
-    return count;
-}
-
-int pixelsOfColor(const QImage& image, QColor color) {
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            count += image.pixelColor(x, y) == color ? 1 : 0;
+            count += (image.pixelColor(x, y) == color) == equal ? 1 : 0;
     }
     return count;
 }
@@ -224,7 +215,7 @@ class GutterWidgetTests : public QObject {
         QTRY_COMPARE(p.shownGutter().pixelColor(empty), background);
         QCOMPARE(p.gutter().grab().toImage().pixelColor(empty), background);
 
-        const int smallNumbers = inkPixels(p.shownGutter(), background);
+        const int smallNumbers = pixelsOfColor(p.shownGutter(), background, false);
         QVERIFY(smallNumbers > 0);
 
         const QColor ink(0x00, 0xc0, 0x00);
@@ -239,7 +230,7 @@ class GutterWidgetTests : public QObject {
         Notifications().post(NotificationName::lineNumberFontChanged());
         QVERIFY(p.gutter().width() > narrow);  // wider digits
         QTRY_COMPARE(p.text().x(), p.gutter().width());
-        QTRY_VERIFY(inkPixels(p.shownGutter(), background) > 2 * smallNumbers);
+        QTRY_VERIFY(pixelsOfColor(p.shownGutter(), background, false) > 2 * smallNumbers);
         QVERIFY(pixelsOfColor(p.shownGutter(), ink) > 0);
         UserDefaults::standard()->removeObject(Defaults::Key::Font::lineNumber.rawValue());
         Notifications().post(NotificationName::lineNumberFontChanged());
