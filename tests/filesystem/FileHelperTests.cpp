@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <string>
@@ -16,6 +15,7 @@
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Misc.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/TemporaryFolder.h"
 
 #if defined(__SANITIZE_THREAD__)
 // GLib is not built with ThreadSanitizer, and its locks are bare futex calls that the sanitizer
@@ -28,29 +28,18 @@ extern "C" const char* __tsan_default_suppressions() {
 namespace quod {
 namespace {
 
-class ScratchFolder : public testing::Test {
+class ScratchFolder : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-files-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(root_); }
-
-    std::string write(const std::string& relative, const std::string& content) {
-        const std::filesystem::path path = root_ / relative;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
     Url url(const std::string& relative) const { return Url::fileURL((root_ / relative).string()); }
 
-    std::filesystem::path root_;
+    const testing::TemporaryFolder scratch_{"quoddle-files"};
+    const std::filesystem::path root_ = scratch_.path();
 };
 
 using SearchPathTests = ScratchFolder;
 
 TEST_F(SearchPathTests, DropsEmptyRepeatedAndRelativeEntries) {
-    write("paths", "/usr/bin\n/bin\n");
+    scratch_.write("paths", "/usr/bin\n/bin\n");
     std::filesystem::create_directory(root_ / "paths.d");
     EXPECT_EQ(internal::assembleSearchPath(url("paths"), url("paths.d"), "/bin:/opt/x:relative"),
               "/usr/bin:/bin:/opt/x:/usr/local/bin:/usr/local/sbin");
@@ -62,10 +51,10 @@ TEST_F(SearchPathTests, DropsEmptyRepeatedAndRelativeEntries) {
 }
 
 TEST_F(SearchPathTests, FolderEntriesComeBetweenThePathsFileAndPath) {
-    write("paths", "/first\n");
-    write("paths.d/tool", "/from-folder\n/first\n");
-    write("paths.d/.hidden", "/hidden\n");
-    write("paths.d/latin1", "/caf\xE9\n");                     // not UTF-8: contributes nothing
+    scratch_.write("paths", "/first\n");
+    scratch_.write("paths.d/tool", "/from-folder\n/first\n");
+    scratch_.write("paths.d/.hidden", "/hidden\n");
+    scratch_.write("paths.d/latin1", "/caf\xE9\n");            // not UTF-8: contributes nothing
     std::filesystem::create_directory(root_ / "paths.d/sub");  // a folder cannot be read as text
     EXPECT_EQ(internal::assembleSearchPath(url("paths"), url("paths.d"), "/usr/local/bin:/last"),
               "/first:/from-folder:/usr/local/bin:/last:/usr/local/sbin");
@@ -105,7 +94,7 @@ TEST_F(TemporaryLocationTests, ATakenNameGivesWayToAUuid) {
     const Url folder = Url::fileURL(root_.string(), true);
     EXPECT_EQ(internal::unusedLocation(folder, "free").lastPathComponent(), "free");
 
-    write("taken", "x");
+    scratch_.write("taken", "x");
     std::filesystem::create_symlink(root_ / "nowhere", root_ / "dangling");
     const std::regex uuid("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
     for (const char* name : {"taken", "dangling"}) {
@@ -156,7 +145,6 @@ TEST(PercentDecodingTests, DecodesEscapesAndRefusesBrokenOnes) {
 class DefaultApplicationTests : public ScratchFolder {
   protected:
     void SetUp() override {
-        ScratchFolder::SetUp();
         static bool databaseRead = false;
         if (std::exchange(databaseRead, true))
             GTEST_SKIP() << "GIO already read another test's folders in this process; run the "
@@ -171,29 +159,29 @@ class DefaultApplicationTests : public ScratchFolder {
         ::setenv("LANGUAGE", "de", 1);
 
         // Content types by file name only, so nothing depends on the system's MIME database.
-        write("data/mime/globs2",
-              "50:text/x-quoddle-note:*.note\n50:text/x-quoddle-source:*.qsrc\n"
-              "50:text/x-quoddle-orphan:*.orphan\n");
+        scratch_.write("data/mime/globs2",
+                       "50:text/x-quoddle-note:*.note\n50:text/x-quoddle-source:*.qsrc\n"
+                       "50:text/x-quoddle-orphan:*.orphan\n");
         desktopFile("org.example.Viewer.desktop", "Viewer", "Betrachter", "text/x-quoddle-note;");
         desktopFile("org.quoddle.Quillmere.desktop", "Quillmere", "",
                     "text/x-quoddle-source;text/x-quoddle-note;");
         desktopFile("web%20browser.desktop", "Browser", "", "x-scheme-handler/https;");
         document_ = url("notes/letter.note");
-        write("notes/letter.note", "Dear reader,\n");
-        write("notes/main.qsrc", "int main() {}\n");
-        write("notes/lonely.orphan", "no application\n");
+        scratch_.write("notes/letter.note", "Dear reader,\n");
+        scratch_.write("notes/main.qsrc", "int main() {}\n");
+        scratch_.write("notes/lonely.orphan", "no application\n");
     }
 
     void desktopFile(const std::string& name, const std::string& title,
                      const std::string& germanTitle, const std::string& types) {
-        write("data/applications/" + name,
-              "[Desktop Entry]\nType=Application\nName=" + title + "\n" +
-                  (germanTitle.empty() ? "" : "Name[de]=" + germanTitle + "\n") +
-                  "Exec=/bin/true %f\nMimeType=" + types + "\n");
+        scratch_.write("data/applications/" + name,
+                       "[Desktop Entry]\nType=Application\nName=" + title + "\n" +
+                           (germanTitle.empty() ? "" : "Name[de]=" + germanTitle + "\n") +
+                           "Exec=/bin/true %f\nMimeType=" + types + "\n");
     }
 
     void associations(const std::string& lines) {
-        write("config/mimeapps.list", "[Default Applications]\n" + lines);
+        scratch_.write("config/mimeapps.list", "[Default Applications]\n" + lines);
     }
 
     std::string application(const std::string& name) const {

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "quoddle/filesystem/Task.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -71,24 +72,18 @@ bool eventually(Condition condition, std::chrono::seconds limit = 20s) {
     return true;
 }
 
-class TaskTests : public testing::Test {
+class TaskTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-task-XXXXXX";
-        folder_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
     std::string file(const std::string& name, const std::string& content,
                      std::filesystem::perms permissions = std::filesystem::perms::owner_read |
                                                           std::filesystem::perms::owner_write) {
-        const std::string path = folder_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << content;
+        const std::filesystem::path path = scratch_.write(name, content);
         std::filesystem::permissions(path, permissions);
         return path;
     }
 
-    std::string folder_;
+    const testing::TemporaryFolder scratch_{"quoddle-task"};
+    const std::string folder_ = scratch_.path();
 };
 
 TEST_F(TaskTests, ArgumentsShapeTheCommand) {

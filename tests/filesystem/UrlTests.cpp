@@ -8,6 +8,7 @@
 
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Url.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -57,14 +58,10 @@ TEST(UrlTests, AbsoluteStringPercentEncodesWhatAPathMayHoldButAUrlMayNot) {
     EXPECT_EQ(Url::fileURL("/", true).absoluteString(), "file:///");
 }
 
-class FileManagerTests : public testing::Test {
+class FileManagerTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-fm-XXXXXX";
-        root_ = Url::fileURL(::mkdtemp(pattern), true);
-    }
-    void TearDown() override { std::filesystem::remove_all(root_.path()); }
-    Url root_;
+    const testing::TemporaryFolder scratch_{"quoddle-fm"};
+    const Url root_ = Url::fileURL(scratch_.path().native(), true);
 };
 
 TEST_F(FileManagerTests, ListingMarksFoldersNeverFollowsLinksAndSkipsHiddenOnRequest) {

@@ -12,28 +12,25 @@
 #include "quoddle/filesystem/WellKnownFolders.h"
 #include "quoddle/runtime/SystemLog.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
 
-class FolderTests : public testing::Test {
+class FolderTests : public ::testing::Test {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/quoddle-folders-XXXXXX";
-        root_ = ::mkdtemp(pattern);
         previousSink_ =
             setSystemLogSink([this](std::string_view line) { log_.emplace_back(line); });
     }
-    void TearDown() override {
-        setSystemLogSink(std::move(previousSink_));
-        std::filesystem::remove_all(root_);
-    }
+    void TearDown() override { setSystemLogSink(std::move(previousSink_)); }
 
     Url folder(const std::string& relative) const {
         return Url::fileURL((root_ / relative).string(), true);
     }
 
-    std::filesystem::path root_;
+    const testing::TemporaryFolder scratch_{"quoddle-folders"};
+    const std::filesystem::path root_ = scratch_.path();
     std::vector<std::string> log_;
     LogSink previousSink_;
 };
