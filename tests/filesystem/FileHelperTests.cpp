@@ -15,6 +15,7 @@
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Misc.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 
 #if defined(__SANITIZE_THREAD__)
@@ -33,6 +34,7 @@ class ScratchFolder : public ::testing::Test {
     Url url(const std::string& relative) const { return Url::fileURL((root_ / relative).string()); }
 
     const testing::TemporaryFolder scratch_{"quoddle-files"};
+    testing::ScopedEnvironment environment;
     const std::filesystem::path root_ = scratch_.path();
 };
 
@@ -61,12 +63,13 @@ TEST_F(SearchPathTests, FolderEntriesComeBetweenThePathsFileAndPath) {
 }
 
 TEST(DefaultSearchPathTests, IsAssembledOnceFromTheEnvironment) {
-    ::setenv("PATH", "/quoddle/probe:/bin", 1);
+    testing::ScopedEnvironment environment;
+    environment.set("PATH", "/quoddle/probe:/bin");
     const std::string first = Misc::defaultPATH();
     EXPECT_EQ(first, internal::assembleSearchPath(Url::fileURL("/private/etc/paths", false),
                                                   Url::fileURL("/private/etc/paths.d/"),
                                                   "/quoddle/probe:/bin"));
-    ::setenv("PATH", "/changed", 1);
+    environment.set("PATH", "/changed");
     EXPECT_EQ(&Misc::defaultPATH(), &Misc::defaultPATH());
     EXPECT_EQ(Misc::defaultPATH(), first);
 }
@@ -74,7 +77,7 @@ TEST(DefaultSearchPathTests, IsAssembledOnceFromTheEnvironment) {
 using TemporaryLocationTests = ScratchFolder;
 
 TEST_F(TemporaryLocationTests, NamesTheProcessAndTheTimeAndCreatesNothing) {
-    ::setenv("TMPDIR", root_.c_str(), 1);
+    environment.set("TMPDIR", root_);
     const Url location = File::temporaryURL();
     EXPECT_EQ(location.deletingLastPathComponent().path(), root_.string());
     EXPECT_FALSE(location.hasDirectoryPath());
@@ -105,7 +108,9 @@ TEST_F(TemporaryLocationTests, ATakenNameGivesWayToAUuid) {
 }
 
 TEST(RealHomeFolderTests, ComesFromThePasswordDatabaseWhateverHomeSays) {
-    ::setenv("HOME", "/tmp/some-container/home", 1);  // before the first use, as a sandbox would
+    testing::ScopedEnvironment environment;
+    environment.set("HOME",
+                    "/tmp/some-container/home");  // before the first use, as a sandbox would
     const std::string real = internal::passwordDatabaseHomeFolder();
     ASSERT_FALSE(real.empty()) << "no password entry for this user";
     EXPECT_EQ(File::nonSandboxedHomeFolderURL(), Url::fileURL(real, true));
@@ -151,12 +156,12 @@ class DefaultApplicationTests : public ScratchFolder {
                             "default-application tests one per process (ctest does)";
         for (const char* name : {"data", "system-data", "config", "system-config"})
             std::filesystem::create_directory(root_ / name);
-        ::setenv("XDG_DATA_HOME", (root_ / "data").c_str(), 1);
-        ::setenv("XDG_DATA_DIRS", (root_ / "system-data").c_str(), 1);
-        ::setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
-        ::setenv("XDG_CONFIG_DIRS", (root_ / "system-config").c_str(), 1);
-        ::unsetenv("XDG_CURRENT_DESKTOP");  // no desktop-specific association lists
-        ::setenv("LANGUAGE", "de", 1);
+        environment.set("XDG_DATA_HOME", (root_ / "data"));
+        environment.set("XDG_DATA_DIRS", (root_ / "system-data"));
+        environment.set("XDG_CONFIG_HOME", (root_ / "config"));
+        environment.set("XDG_CONFIG_DIRS", (root_ / "system-config"));
+        environment.unset("XDG_CURRENT_DESKTOP");  // no desktop-specific association lists
+        environment.set("LANGUAGE", "de");
 
         // Content types by file name only, so nothing depends on the system's MIME database.
         scratch_.write("data/mime/globs2",

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "quoddle/filesystem/Task.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quod {
@@ -83,6 +84,7 @@ class TaskTests : public ::testing::Test {
     }
 
     const testing::TemporaryFolder scratch_{"quoddle-task"};
+    testing::ScopedEnvironment environment;
     const std::string folder_ = scratch_.path();
 };
 
@@ -91,7 +93,7 @@ TEST_F(TaskTests, ArgumentsShapeTheCommand) {
     // Only the shell gets "-c": anything else receives the string as its one argument.
     EXPECT_EQ(Task::run("echo one; echo two", "/bin/echo", true), "echo one; echo two\n");
     EXPECT_EQ(Task::run({"-n", "a  b", "$HOME"}, "/bin/echo", true), "a  b $HOME");
-    ::setenv("QUODDLE_TASK_PROBE", "inherited", 1);
+    environment.set("QUODDLE_TASK_PROBE", "inherited");
     EXPECT_EQ(Task::run("echo $QUODDLE_TASK_PROBE", "/bin/sh", true), "inherited\n");
 
     const std::string marker = folder_ + "/ran";

@@ -8,6 +8,7 @@
 
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Url.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quod {
@@ -39,13 +40,14 @@ TEST(UrlTests, ComponentsAreTakenOffAndPutOn) {
 }
 
 TEST(UrlTests, StandardisationIsLexicalAndExpandsTheHomeFolder) {
+    testing::ScopedEnvironment environment;
     EXPECT_EQ(standardizingPath("/a//b/./c/../d/"), "/a/b/d");
     EXPECT_EQ(standardizingPath("/a/b/."), "/a/b");
     EXPECT_EQ(standardizingPath("/.."), "/");
     EXPECT_EQ(standardizingPath("/."), "/");
     EXPECT_EQ(standardizingPath("a/../../b"), "../b");
     EXPECT_EQ(standardizingPath(""), "");
-    ::setenv("HOME", "/home/someone", 1);
+    environment.set("HOME", "/home/someone");
     EXPECT_EQ(standardizingPath("~/x/"), "/home/someone/x");
     EXPECT_EQ(standardizingPath("~"), "/home/someone");
     EXPECT_EQ(standardizingPath("/a/~"), "/a/~");
