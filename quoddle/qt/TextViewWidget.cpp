@@ -56,6 +56,7 @@ void TextViewWidget::setTextView(std::shared_ptr<QuodTextView> view) {
     verticalScrollBar()->setValue(0);
     horizontalScrollBar()->setValue(0);
     viewport()->update();
+    Q_EMIT textViewChanged();
     Q_EMIT visibleAreaChanged();
 }
 

@@ -78,6 +78,8 @@ class TextViewWidget : public QAbstractScrollArea {
   Q_SIGNALS:
     // The visible part of the document moved or resized: a gutter beside it redraws.
     void visibleAreaChanged();
+    // `setTextView` put another document in the widget (visibleAreaChanged follows).
+    void textViewChanged();
     // The text changed (after the core's textDidChange).
     void textChanged();
     void selectionChanged();

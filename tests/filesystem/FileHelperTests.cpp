@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <string>
@@ -16,6 +15,8 @@
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Misc.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
 
 #if defined(__SANITIZE_THREAD__)
 // GLib is not built with ThreadSanitizer, and its locks are bare futex calls that the sanitizer
@@ -28,29 +29,19 @@ extern "C" const char* __tsan_default_suppressions() {
 namespace quod {
 namespace {
 
-class ScratchFolder : public testing::Test {
+class ScratchFolder : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-files-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(root_); }
-
-    std::string write(const std::string& relative, const std::string& content) {
-        const std::filesystem::path path = root_ / relative;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
     Url url(const std::string& relative) const { return Url::fileURL((root_ / relative).string()); }
 
-    std::filesystem::path root_;
+    const testing::TemporaryFolder scratch_{"quoddle-files"};
+    testing::ScopedEnvironment environment;
+    const std::filesystem::path root_ = scratch_.path();
 };
 
 using SearchPathTests = ScratchFolder;
 
 TEST_F(SearchPathTests, DropsEmptyRepeatedAndRelativeEntries) {
-    write("paths", "/usr/bin\n/bin\n");
+    scratch_.write("paths", "/usr/bin\n/bin\n");
     std::filesystem::create_directory(root_ / "paths.d");
     EXPECT_EQ(internal::assembleSearchPath(url("paths"), url("paths.d"), "/bin:/opt/x:relative"),
               "/usr/bin:/bin:/opt/x:/usr/local/bin:/usr/local/sbin");
@@ -62,22 +53,23 @@ TEST_F(SearchPathTests, DropsEmptyRepeatedAndRelativeEntries) {
 }
 
 TEST_F(SearchPathTests, FolderEntriesComeBetweenThePathsFileAndPath) {
-    write("paths", "/first\n");
-    write("paths.d/tool", "/from-folder\n/first\n");
-    write("paths.d/.hidden", "/hidden\n");
-    write("paths.d/latin1", "/caf\xE9\n");                     // not UTF-8: contributes nothing
+    scratch_.write("paths", "/first\n");
+    scratch_.write("paths.d/tool", "/from-folder\n/first\n");
+    scratch_.write("paths.d/.hidden", "/hidden\n");
+    scratch_.write("paths.d/latin1", "/caf\xE9\n");            // not UTF-8: contributes nothing
     std::filesystem::create_directory(root_ / "paths.d/sub");  // a folder cannot be read as text
     EXPECT_EQ(internal::assembleSearchPath(url("paths"), url("paths.d"), "/usr/local/bin:/last"),
               "/first:/from-folder:/usr/local/bin:/last:/usr/local/sbin");
 }
 
 TEST(DefaultSearchPathTests, IsAssembledOnceFromTheEnvironment) {
-    ::setenv("PATH", "/quoddle/probe:/bin", 1);
+    testing::ScopedEnvironment environment;
+    environment.set("PATH", "/quoddle/probe:/bin");
     const std::string first = Misc::defaultPATH();
     EXPECT_EQ(first, internal::assembleSearchPath(Url::fileURL("/private/etc/paths", false),
                                                   Url::fileURL("/private/etc/paths.d/"),
                                                   "/quoddle/probe:/bin"));
-    ::setenv("PATH", "/changed", 1);
+    environment.set("PATH", "/changed");
     EXPECT_EQ(&Misc::defaultPATH(), &Misc::defaultPATH());
     EXPECT_EQ(Misc::defaultPATH(), first);
 }
@@ -85,7 +77,7 @@ TEST(DefaultSearchPathTests, IsAssembledOnceFromTheEnvironment) {
 using TemporaryLocationTests = ScratchFolder;
 
 TEST_F(TemporaryLocationTests, NamesTheProcessAndTheTimeAndCreatesNothing) {
-    ::setenv("TMPDIR", root_.c_str(), 1);
+    environment.set("TMPDIR", root_);
     const Url location = File::temporaryURL();
     EXPECT_EQ(location.deletingLastPathComponent().path(), root_.string());
     EXPECT_FALSE(location.hasDirectoryPath());
@@ -105,7 +97,7 @@ TEST_F(TemporaryLocationTests, ATakenNameGivesWayToAUuid) {
     const Url folder = Url::fileURL(root_.string(), true);
     EXPECT_EQ(internal::unusedLocation(folder, "free").lastPathComponent(), "free");
 
-    write("taken", "x");
+    scratch_.write("taken", "x");
     std::filesystem::create_symlink(root_ / "nowhere", root_ / "dangling");
     const std::regex uuid("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
     for (const char* name : {"taken", "dangling"}) {
@@ -116,7 +108,9 @@ TEST_F(TemporaryLocationTests, ATakenNameGivesWayToAUuid) {
 }
 
 TEST(RealHomeFolderTests, ComesFromThePasswordDatabaseWhateverHomeSays) {
-    ::setenv("HOME", "/tmp/some-container/home", 1);  // before the first use, as a sandbox would
+    testing::ScopedEnvironment environment;
+    environment.set("HOME",
+                    "/tmp/some-container/home");  // before the first use, as a sandbox would
     const std::string real = internal::passwordDatabaseHomeFolder();
     ASSERT_FALSE(real.empty()) << "no password entry for this user";
     EXPECT_EQ(File::nonSandboxedHomeFolderURL(), Url::fileURL(real, true));
@@ -156,44 +150,43 @@ TEST(PercentDecodingTests, DecodesEscapesAndRefusesBrokenOnes) {
 class DefaultApplicationTests : public ScratchFolder {
   protected:
     void SetUp() override {
-        ScratchFolder::SetUp();
         static bool databaseRead = false;
         if (std::exchange(databaseRead, true))
             GTEST_SKIP() << "GIO already read another test's folders in this process; run the "
                             "default-application tests one per process (ctest does)";
         for (const char* name : {"data", "system-data", "config", "system-config"})
             std::filesystem::create_directory(root_ / name);
-        ::setenv("XDG_DATA_HOME", (root_ / "data").c_str(), 1);
-        ::setenv("XDG_DATA_DIRS", (root_ / "system-data").c_str(), 1);
-        ::setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
-        ::setenv("XDG_CONFIG_DIRS", (root_ / "system-config").c_str(), 1);
-        ::unsetenv("XDG_CURRENT_DESKTOP");  // no desktop-specific association lists
-        ::setenv("LANGUAGE", "de", 1);
+        environment.set("XDG_DATA_HOME", (root_ / "data"));
+        environment.set("XDG_DATA_DIRS", (root_ / "system-data"));
+        environment.set("XDG_CONFIG_HOME", (root_ / "config"));
+        environment.set("XDG_CONFIG_DIRS", (root_ / "system-config"));
+        environment.unset("XDG_CURRENT_DESKTOP");  // no desktop-specific association lists
+        environment.set("LANGUAGE", "de");
 
         // Content types by file name only, so nothing depends on the system's MIME database.
-        write("data/mime/globs2",
-              "50:text/x-quoddle-note:*.note\n50:text/x-quoddle-source:*.qsrc\n"
-              "50:text/x-quoddle-orphan:*.orphan\n");
+        scratch_.write("data/mime/globs2",
+                       "50:text/x-quoddle-note:*.note\n50:text/x-quoddle-source:*.qsrc\n"
+                       "50:text/x-quoddle-orphan:*.orphan\n");
         desktopFile("org.example.Viewer.desktop", "Viewer", "Betrachter", "text/x-quoddle-note;");
         desktopFile("org.quoddle.Quillmere.desktop", "Quillmere", "",
                     "text/x-quoddle-source;text/x-quoddle-note;");
         desktopFile("web%20browser.desktop", "Browser", "", "x-scheme-handler/https;");
         document_ = url("notes/letter.note");
-        write("notes/letter.note", "Dear reader,\n");
-        write("notes/main.qsrc", "int main() {}\n");
-        write("notes/lonely.orphan", "no application\n");
+        scratch_.write("notes/letter.note", "Dear reader,\n");
+        scratch_.write("notes/main.qsrc", "int main() {}\n");
+        scratch_.write("notes/lonely.orphan", "no application\n");
     }
 
     void desktopFile(const std::string& name, const std::string& title,
                      const std::string& germanTitle, const std::string& types) {
-        write("data/applications/" + name,
-              "[Desktop Entry]\nType=Application\nName=" + title + "\n" +
-                  (germanTitle.empty() ? "" : "Name[de]=" + germanTitle + "\n") +
-                  "Exec=/bin/true %f\nMimeType=" + types + "\n");
+        scratch_.write("data/applications/" + name,
+                       "[Desktop Entry]\nType=Application\nName=" + title + "\n" +
+                           (germanTitle.empty() ? "" : "Name[de]=" + germanTitle + "\n") +
+                           "Exec=/bin/true %f\nMimeType=" + types + "\n");
     }
 
     void associations(const std::string& lines) {
-        write("config/mimeapps.list", "[Default Applications]\n" + lines);
+        scratch_.write("config/mimeapps.list", "[Default Applications]\n" + lines);
     }
 
     std::string application(const std::string& name) const {

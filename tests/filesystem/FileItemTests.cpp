@@ -17,6 +17,7 @@
 #include "quoddle/filesystem/FileItem.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -28,17 +29,11 @@ std::vector<std::string> names(const std::vector<FileItem>& items) {
     return result;
 }
 
-class FileItemTests : public testing::Test {
+class FileItemTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        UserDefaults::setStandard(UserDefaults::inMemory());
-        char pattern[] = "/tmp/quoddle-items-XXXXXX";
-        root_ = Url::fileURL(::mkdtemp(pattern), true);
-    }
-    void TearDown() override {
-        ::chmod(root_.path().c_str(), 0700);
-        std::filesystem::remove_all(root_.path());
-    }
+    void SetUp() override { UserDefaults::setStandard(UserDefaults::inMemory()); }
+    // A test may lock the folder; it must be open again before it can be removed.
+    void TearDown() override { ::chmod(root_.path().c_str(), 0700); }
 
     std::string at(const std::string& relative) const { return root_.path() + "/" + relative; }
     void folder(const std::string& relative) const {
@@ -46,7 +41,8 @@ class FileItemTests : public testing::Test {
     }
     void file(const std::string& relative) const { std::ofstream(at(relative)) << "x"; }
 
-    Url root_;
+    const testing::TemporaryFolder scratch_{"quoddle-items"};
+    const Url root_ = Url::fileURL(scratch_.path().native(), true);
 };
 
 TEST_F(FileItemTests, FilesAreLeavesAndFoldersListTheirEntriesInFinderOrder) {
@@ -213,15 +209,14 @@ TEST(FileItemOptionsTests, HiddenEntriesAreSkippedUnlessThePreferenceShowsThem) 
 // Builds two trees with the preference changed in between; both must follow the first value.
 bool hiddenEntriesFollowTheFirstReading(bool showsHidden) {
     UserDefaults::setStandard(UserDefaults::inMemory());
-    char pattern[] = "/tmp/quoddle-items-XXXXXX";
-    const std::string folder = ::mkdtemp(pattern);
+    const testing::TemporaryFolder scratch("quoddle-items");
+    const std::string folder = scratch.path();
     std::ofstream(folder + "/.hidden") << "x";
     std::ofstream(folder + "/shown") << "x";
     Defaults::foldersShowsHidden.set(showsHidden);
     const FileItem first(Url::fileURL(folder, true));
     Defaults::foldersShowsHidden.set(!showsHidden);
     const FileItem second(Url::fileURL(folder, true));
-    std::filesystem::remove_all(folder);
     const auto expected = showsHidden ? std::vector<std::string>{".hidden", "shown"}
                                       : std::vector<std::string>{"shown"};
     return names(first.children) == expected && names(second.children) == expected;
@@ -232,7 +227,7 @@ TEST(FileItemOptionsTests, HiddenEntriesFollowThePreferenceAsItWasAtFirstUse) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const bool showsHidden : {false, true}) {
         EXPECT_EXIT(std::exit(hiddenEntriesFollowTheFirstReading(showsHidden) ? 0 : 1),
-                    testing::ExitedWithCode(0), "")
+                    ::testing::ExitedWithCode(0), "")
             << "FoldersShowsHidden " << showsHidden;
     }
 }

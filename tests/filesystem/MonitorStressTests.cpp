@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "MonitorTestSupport.h"
+#include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/FileSystemMonitor.h"
 #include "quoddle/filesystem/SingleFolderMonitor.h"
 
@@ -45,7 +46,7 @@ TEST(FileSystemMonitorStress, TenThousandFilesInFreshNestedFoldersAreAllReported
     // made before their folder's watch existed are found only by listing the new folder.
     for (int run = 0; run < 4; ++run) {
         const bool onlyFolders = run < 3;
-        TemporaryFolder folder;
+        MonitorFolder folder;
         auto recorder = std::make_shared<Recorder>();
         FileSystemMonitor monitor(folder.url(), onlyFolders);
         monitor.setDelegate(recorder);
@@ -85,7 +86,7 @@ TEST(FileSystemMonitorStress, TenThousandFilesInFreshNestedFoldersAreAllReported
 }
 
 TEST(FileSystemMonitorStress, RenamedMovedInAndMovedOutFoldersAreFollowed) {
-    TemporaryFolder scratch;
+    MonitorFolder scratch;
     const std::string root = scratch.path("root");
     const std::string outside = scratch.path("outside");
     for (const std::string& path :
@@ -133,7 +134,7 @@ TEST(FileSystemMonitorStress, AQueueOverflowReportsTheRootAndWatchingGoesOn) {
     int queueLimit = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> queueLimit;
     ASSERT_GT(queueLimit, 0);
-    TemporaryFolder folder;
+    MonitorFolder folder;
     fs::create_directory(folder.path("sub"));
     writeFile(folder.path("sub/a"));
     writeFile(folder.path("sub/b"));
@@ -158,7 +159,7 @@ TEST(FileSystemMonitorStress, AQueueOverflowReportsTheRootAndWatchingGoesOn) {
 }
 
 TEST(FileSystemMonitorStress, AThousandMonitorsComeAndGoLeavingNothingBehind) {
-    TemporaryFolder folder;
+    MonitorFolder folder;
     fs::create_directories(folder.path("a/b"));
     fs::create_directory(folder.path("c"));
     openLastingDescriptors(folder.url());
@@ -181,7 +182,7 @@ TEST(FileSystemMonitorStress, AThousandMonitorsComeAndGoLeavingNothingBehind) {
 }
 
 TEST(SingleFolderMonitorStress, AThousandMonitorsDestroyedWhileWatchingCloseTheirDescriptors) {
-    TemporaryFolder folder;
+    MonitorFolder folder;
     openLastingDescriptors(folder.url());
     const int descriptors = openDescriptorCount();
     auto recorder = std::make_shared<Recorder>();
@@ -205,7 +206,7 @@ TEST(SingleFolderMonitorStress, AThousandMonitorsDestroyedWhileWatchingCloseThei
 }
 
 TEST(FileSystemMonitorStress, AThousandWritesToOneFileMakeAtMostTwoReports) {
-    TemporaryFolder folder;
+    MonitorFolder folder;
     auto recorder = std::make_shared<Recorder>();
     FileSystemMonitor monitor(folder.url(), false);
     monitor.setDelegate(recorder);
@@ -232,7 +233,7 @@ TEST(FileSystemMonitorStress, AThousandWritesToOneFileMakeAtMostTwoReports) {
 }
 
 TEST(FileSystemMonitorStress, DeletingAndMovingOutSubtreesWhileTheyAreWrittenIsSafe) {
-    TemporaryFolder scratch;
+    MonitorFolder scratch;
     const std::string root = scratch.path("root");
     std::vector<std::string> written;
     for (int top = 0; top < 10; ++top) {

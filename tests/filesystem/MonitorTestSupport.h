@@ -4,8 +4,6 @@
 
 #include <dirent.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -16,11 +14,11 @@
 #include <string>
 #include <vector>
 
-#include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/FileSystemMonitor.h"
 #include "quoddle/filesystem/MonitorDelegate.h"
 #include "quoddle/filesystem/SingleFolderMonitor.h"
 #include "quoddle/runtime/RunLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod::testing {
 
@@ -32,36 +30,16 @@ constexpr auto patience = 30s;
 // come has come by then.
 constexpr auto pastLatency = 1500ms;
 
-class TemporaryFolder {
+// On tmpfs when there is one: the stress tests make tens of thousands of files, and on ext4
+// finding free inodes after other tests' mass deletions costs more than all the rest.
+class MonitorFolder : public TemporaryFolder {
   public:
-    // On tmpfs when there is one: the stress tests make tens of thousands of files, and on ext4
-    // finding free inodes after other tests' mass deletions costs more than all the rest.
-    TemporaryFolder() {
-        const Url shared = Url::fileURL("/dev/shm", true);
-        const Url base = FileManager::isDirectory(shared) && ::access("/dev/shm", W_OK) == 0
-                             ? shared
-                             : FileManager::temporaryDirectory();
-        std::string pattern = base.path() + "/quoddle-monitor-XXXXXX";
-        path_ = ::mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    MonitorFolder() : TemporaryFolder("quoddle-monitor", Storage::memoryWhenWritable) {}
 
-    [[nodiscard]] const std::string& path() const { return path_; }
-    [[nodiscard]] std::string path(const std::string& relative) const {
-        return path_ + "/" + relative;
-    }
-    [[nodiscard]] Url url() const { return Url::fileURL(path_, true); }
+    [[nodiscard]] Url url() const { return Url::fileURL(path().native(), true); }
     [[nodiscard]] Url url(const std::string& relative, bool isDirectory) const {
-        return Url::fileURL(path(relative), isDirectory);
+        return Url::fileURL(path(relative).native(), isDirectory);
     }
-
-  private:
-    std::string path_;
 };
 
 class Recorder : public MonitorDelegate {

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 class FileSystemMonitorTests : public ::testing::Test {
   protected:
-    TemporaryFolder folder;
+    MonitorFolder folder;
     std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
 };
 

@@ -10,23 +10,21 @@
 #include "quoddle/filesystem/SecureURL.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/runtime/SystemLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
 
-class SecureURLTests : public testing::Test {
+class SecureURLTests : public ::testing::Test {
   protected:
     void SetUp() override {
         UserDefaults::setStandard(UserDefaults::inMemory());
-        char pattern[] = "/tmp/quoddle-secure-XXXXXX";
-        folder_ = Url::fileURL(::mkdtemp(pattern), true);
-        file_ = folder_.appendingPathComponent("chosen file.txt", false);
         std::ofstream(file_.path()) << "x";
     }
-    void TearDown() override { std::filesystem::remove_all(folder_.path()); }
 
-    Url folder_;
-    Url file_;
+    const testing::TemporaryFolder scratch_{"quoddle-secure"};
+    const Url folder_ = Url::fileURL(scratch_.path().native(), true);
+    const Url file_ = folder_.appendingPathComponent("chosen file.txt", false);
 };
 
 TEST_F(SecureURLTests, ABookmarkResolvesToTheSameUrlAndOpensItsScopeOnce) {

@@ -17,6 +17,8 @@
 #include <vector>
 
 #include "quoddle/filesystem/Task.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -71,24 +73,19 @@ bool eventually(Condition condition, std::chrono::seconds limit = 20s) {
     return true;
 }
 
-class TaskTests : public testing::Test {
+class TaskTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-task-XXXXXX";
-        folder_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
     std::string file(const std::string& name, const std::string& content,
                      std::filesystem::perms permissions = std::filesystem::perms::owner_read |
                                                           std::filesystem::perms::owner_write) {
-        const std::string path = folder_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << content;
+        const std::filesystem::path path = scratch_.write(name, content);
         std::filesystem::permissions(path, permissions);
         return path;
     }
 
-    std::string folder_;
+    const testing::TemporaryFolder scratch_{"quoddle-task"};
+    testing::ScopedEnvironment environment;
+    const std::string folder_ = scratch_.path();
 };
 
 TEST_F(TaskTests, ArgumentsShapeTheCommand) {
@@ -96,7 +93,7 @@ TEST_F(TaskTests, ArgumentsShapeTheCommand) {
     // Only the shell gets "-c": anything else receives the string as its one argument.
     EXPECT_EQ(Task::run("echo one; echo two", "/bin/echo", true), "echo one; echo two\n");
     EXPECT_EQ(Task::run({"-n", "a  b", "$HOME"}, "/bin/echo", true), "a  b $HOME");
-    ::setenv("QUODDLE_TASK_PROBE", "inherited", 1);
+    environment.set("QUODDLE_TASK_PROBE", "inherited");
     EXPECT_EQ(Task::run("echo $QUODDLE_TASK_PROBE", "/bin/sh", true), "inherited\n");
 
     const std::string marker = folder_ + "/ran";

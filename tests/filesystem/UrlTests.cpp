@@ -8,6 +8,8 @@
 
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Url.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -38,13 +40,14 @@ TEST(UrlTests, ComponentsAreTakenOffAndPutOn) {
 }
 
 TEST(UrlTests, StandardisationIsLexicalAndExpandsTheHomeFolder) {
+    testing::ScopedEnvironment environment;
     EXPECT_EQ(standardizingPath("/a//b/./c/../d/"), "/a/b/d");
     EXPECT_EQ(standardizingPath("/a/b/."), "/a/b");
     EXPECT_EQ(standardizingPath("/.."), "/");
     EXPECT_EQ(standardizingPath("/."), "/");
     EXPECT_EQ(standardizingPath("a/../../b"), "../b");
     EXPECT_EQ(standardizingPath(""), "");
-    ::setenv("HOME", "/home/someone", 1);
+    environment.set("HOME", "/home/someone");
     EXPECT_EQ(standardizingPath("~/x/"), "/home/someone/x");
     EXPECT_EQ(standardizingPath("~"), "/home/someone");
     EXPECT_EQ(standardizingPath("/a/~"), "/a/~");
@@ -57,14 +60,10 @@ TEST(UrlTests, AbsoluteStringPercentEncodesWhatAPathMayHoldButAUrlMayNot) {
     EXPECT_EQ(Url::fileURL("/", true).absoluteString(), "file:///");
 }
 
-class FileManagerTests : public testing::Test {
+class FileManagerTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-fm-XXXXXX";
-        root_ = Url::fileURL(::mkdtemp(pattern), true);
-    }
-    void TearDown() override { std::filesystem::remove_all(root_.path()); }
-    Url root_;
+    const testing::TemporaryFolder scratch_{"quoddle-fm"};
+    const Url root_ = Url::fileURL(scratch_.path().native(), true);
 };
 
 TEST_F(FileManagerTests, ListingMarksFoldersNeverFollowsLinksAndSkipsHiddenOnRequest) {

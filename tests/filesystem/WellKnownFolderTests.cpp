@@ -12,28 +12,27 @@
 #include "quoddle/filesystem/WellKnownFolders.h"
 #include "quoddle/runtime/SystemLog.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
 
-class FolderTests : public testing::Test {
+class FolderTests : public ::testing::Test {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/quoddle-folders-XXXXXX";
-        root_ = ::mkdtemp(pattern);
         previousSink_ =
             setSystemLogSink([this](std::string_view line) { log_.emplace_back(line); });
     }
-    void TearDown() override {
-        setSystemLogSink(std::move(previousSink_));
-        std::filesystem::remove_all(root_);
-    }
+    void TearDown() override { setSystemLogSink(std::move(previousSink_)); }
 
     Url folder(const std::string& relative) const {
         return Url::fileURL((root_ / relative).string(), true);
     }
 
-    std::filesystem::path root_;
+    const testing::TemporaryFolder scratch_{"quoddle-folders"};
+    testing::ScopedEnvironment environment;
+    const std::filesystem::path root_ = scratch_.path();
     std::vector<std::string> log_;
     LogSink previousSink_;
 };
@@ -41,10 +40,10 @@ class FolderTests : public testing::Test {
 // The only test that reads the cached user folders, so its environment is the one they see.
 TEST_F(FolderTests, UserFoldersFollowTheXdgVariables) {
     const std::string home = (root_ / "home").string();
-    ::setenv("HOME", home.c_str(), 1);
-    ::setenv("XDG_DATA_HOME", (root_ / "data").c_str(), 1);
-    ::setenv("XDG_CACHE_HOME", "relative/is/ignored", 1);
-    ::setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
+    environment.set("HOME", home);
+    environment.set("XDG_DATA_HOME", (root_ / "data"));
+    environment.set("XDG_CACHE_HOME", "relative/is/ignored");
+    environment.set("XDG_CONFIG_HOME", (root_ / "config"));
     std::filesystem::create_directories(root_ / "config");
     std::ofstream(root_ / "config/user-dirs.dirs") << "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n";
 
@@ -61,14 +60,14 @@ TEST_F(FolderTests, UserFoldersFollowTheXdgVariables) {
     EXPECT_TRUE(log_.empty());
 
     // Worked out once: later changes to the environment are not seen.
-    ::setenv("XDG_DATA_HOME", (root_ / "elsewhere").c_str(), 1);
+    environment.set("XDG_DATA_HOME", (root_ / "elsewhere"));
     EXPECT_EQ(User::library(), folder("data"));
     EXPECT_EQ(&User::library(), &User::library());
 }
 
 TEST_F(FolderTests, TheRealLibraryIgnoresTheSandboxedHome) {
-    ::setenv("HOME", (root_ / "container").c_str(), 1);
-    ::setenv("XDG_DATA_HOME", (root_ / "container/data").c_str(), 1);
+    environment.set("HOME", (root_ / "container"));
+    environment.set("XDG_DATA_HOME", (root_ / "container/data"));
     const std::string real = internal::passwordDatabaseHomeFolder();
     ASSERT_FALSE(real.empty());
     EXPECT_EQ(NonSandboxedUser::library(), Url::fileURL(real + "/.local/share", true));
@@ -139,7 +138,8 @@ TEST(UrlQueryTests, EqualityStandardisesBothPaths) {
 }
 
 TEST(UrlQueryTests, DisplayPathsShortenHomeAndCloudFolders) {
-    ::setenv("HOME", "/home/anna/", 1);
+    testing::ScopedEnvironment environment;
+    environment.set("HOME", "/home/anna/");
     const auto shown = [](std::string_view path, bool last = false, std::string_view cloud = "") {
         return localizedDisplayPath(Url::fileURL(path, false), last, cloud);
     };
@@ -151,7 +151,7 @@ TEST(UrlQueryTests, DisplayPathsShortenHomeAndCloudFolders) {
     EXPECT_EQ(shown("/home/anna/Cloud/notes/a.txt", false, "/home/anna/Cloud/"),
               "Cloud Documents/notes/a.txt");
     EXPECT_EQ(shown("/home/anna/Cloudy", false, "/home/anna/Cloud"), "~/Cloudy");
-    ::setenv("HOME", "/", 1);
+    environment.set("HOME", "/");
     EXPECT_EQ(shown("/etc/fstab"), "/etc/fstab");
 }
 

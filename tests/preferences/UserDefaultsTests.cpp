@@ -11,27 +11,13 @@
 #include <thread>
 
 #include "quoddle/preferences/UserDefaults.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
 
 namespace fs = std::filesystem;
-
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string pattern = (fs::temp_directory_path() / "quoddle-defaults-XXXXXX").string();
-        path_ = ::mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() {
-        std::error_code error;
-        fs::remove_all(path_, error);
-    }
-    [[nodiscard]] const fs::path& path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
+using testing::TemporaryFolder;
 
 std::string fileContents(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -95,7 +81,7 @@ TEST(UserDefaults, RegisteredDefaultsAnswerOnlyWhereNothingIsStored) {
 }
 
 TEST(UserDefaults, EveryReadSeesTheFileAsItIsNow) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "sub" / "com.example.app.plist";
     auto first = UserDefaults::persistent(file);
     auto second = UserDefaults::persistent(file);
@@ -111,7 +97,7 @@ TEST(UserDefaults, EveryReadSeesTheFileAsItIsNow) {
 }
 
 TEST(UserDefaults, AWriteThatChangesNothingLeavesTheFileAlone) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "d.plist";
     auto store = UserDefaults::persistent(file);
     store->setInteger("n", 5);
@@ -126,7 +112,7 @@ TEST(UserDefaults, AWriteThatChangesNothingLeavesTheFileAlone) {
 }
 
 TEST(UserDefaults, KeepsTheModeAndReadsDroppedInBinaryFiles) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "d.plist";
     const Data binary =
         binaryPropertyList(PlistValue(PlistDictionary{{"Resume", true}, {"Tab", int64_t{3}}}));
@@ -144,7 +130,7 @@ TEST(UserDefaults, KeepsTheModeAndReadsDroppedInBinaryFiles) {
 }
 
 TEST(UserDefaults, ADamagedFileReadsEmptyAndIsKeptBesideBeforeTheFirstWrite) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "d.plist";
     for (const std::string& damaged :
          {std::string("<plist><dict><key>a</key>"), std::string("\x00\xff\x13garbage", 10),
@@ -170,7 +156,7 @@ TEST(UserDefaults, ADamagedFileReadsEmptyAndIsKeptBesideBeforeTheFirstWrite) {
 // ---- Several processes at once ----
 
 TEST(UserDefaultsStress, ConcurrentWritersLoseNoUpdate) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "shared.plist";
     std::vector<pid_t> writers;
     for (int writer = 0; writer < 4; ++writer) {
@@ -203,7 +189,7 @@ TEST(UserDefaultsStress, ConcurrentWritersLoseNoUpdate) {
 }
 
 TEST(UserDefaultsStress, AKilledWriterNeverLeavesATornFileOrLosesAnAcknowledgedWrite) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "killed.plist";
     std::mt19937 random(11);
     int acknowledged = 0;  // keys 0 .. acknowledged-1 were reported written
@@ -246,7 +232,7 @@ TEST(UserDefaultsStress, AKilledWriterNeverLeavesATornFileOrLosesAnAcknowledgedW
 }
 
 TEST(UserDefaultsStress, AnotherProcessReadsTheLatestOfSameSizeWrites) {
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "flip.plist";
     UserDefaults::persistent(file)->setObject("value", PlistValue("A"));
     int toReader[2], fromReader[2];

@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,11 +11,13 @@
 #include "quoddle/runtime/ErrorType.h"
 #include "quoddle/runtime/InfoPlist.h"
 #include "quoddle/runtime/ProcessInfo.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::TemporaryFolder;
 
 TEST(ErrorType, BecomesAnErrorRecordWithBothTextsAlwaysPresent) {
     struct Case {
@@ -139,25 +140,8 @@ TEST(InfoPlist, ReadsAllFourKeysOrNothing) {
     }
 }
 
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string pattern = (fs::temp_directory_path() / "quoddle-bundle-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() { fs::remove_all(path_); }
-    [[nodiscard]] const fs::path& path() const { return path_; }
-    void write(const fs::path& relative, std::string_view contents) const {
-        fs::create_directories((path_ / relative).parent_path());
-        std::ofstream(path_ / relative, std::ios::binary) << contents;
-    }
-
-  private:
-    fs::path path_;
-};
-
 TEST(InfoPlist, ReadsTheInfoPlistOfABundleFolder) {
-    TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-bundle");
     folder.write("Quillmere/Info.plist", xmlPlist(completeDictionary));
     folder.write("Tessiva/Info.plist", binaryPlist(false));
     folder.write("Empty/Info.plist", "");
@@ -170,7 +154,7 @@ TEST(InfoPlist, ReadsTheInfoPlistOfABundleFolder) {
 }
 
 TEST(Bundle, TheMainBundleIsFoundFromTheExecutable) {
-    TemporaryFolder folder;
+    const TemporaryFolder folder("quoddle-bundle");
     const fs::path& root = folder.path();
     folder.write("selfcontained/app", "");
     folder.write("selfcontained/Info.plist", xmlPlist(completeDictionary));

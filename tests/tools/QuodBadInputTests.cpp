@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "QuodRunner.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod::testing {
 namespace {
@@ -35,7 +36,7 @@ class TextCommandOnBadInput : public ::testing::TestWithParam<TextCommandCase> {
         return isCount() ? "characters: 0\nwords: 0\n" : "";
     }
 
-    ScratchFolder folder;
+    const TemporaryFolder folder{"quod-test"};
 };
 
 void expectOneLineError(const QuodRun& run, int status = 1) {
@@ -126,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST(QuodOnBadInput, InformationCommandsAnswerEmptyAndBrokenInput) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder("quod-test");
     const QuodRun empty = runQuod({"encoding", folder.write("empty", "")});
     EXPECT_EQ(empty.exitStatus, 0);
     EXPECT_NE(empty.out.find("no encoding determined (0)"), std::string::npos) << empty.out;
@@ -140,7 +141,7 @@ TEST(QuodOnBadInput, InformationCommandsAnswerEmptyAndBrokenInput) {
 }
 
 TEST(QuodOnBadInput, EncodingReportsAMissingFileAndAnswersTheOthers) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder("quod-test");
     const std::string present = folder.write("present", "plain text\n");
     const QuodRun run = runQuod({"encoding", (folder.path() / "absent").string(), present});
     EXPECT_EQ(run.exitStatus, 1);

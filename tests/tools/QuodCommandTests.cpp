@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "QuodRunner.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod::testing {
 namespace {
@@ -92,7 +93,7 @@ TEST(QuodReports, CountSplitCommandAndOctal) {
 }
 
 TEST(QuodEncodings, DeclaredAndDetectedEncodingsAreNamed) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder("quod-test");
     const std::string html = folder.write(
         "page.html",
         "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1252\">");
@@ -132,7 +133,7 @@ TEST(QuodEncodings, TextIsWrittenBackInItsOwnEncoding) {
 }
 
 TEST(QuodInPlace, ReplacesTheFileAndKeepsItsPermissions) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder("quod-test");
     const std::string path = folder.write("list", "b\na\n");
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
     const QuodRun run = runQuod({"sort", "--in-place", path});

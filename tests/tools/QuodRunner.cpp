@@ -11,13 +11,15 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/TemporaryFolder.h"
+
 extern char** environ;
 
 namespace quod::testing {
 
 QuodRun runQuod(const std::vector<std::string>& arguments, const std::string& input) {
     // Files rather than pipes: no deadlock however much either side writes.
-    const ScratchFolder io;
+    const TemporaryFolder io("quod-run");
     const std::string in = io.write("in", input);
     const std::string out = (io.path() / "out").string();
     const std::string err = (io.path() / "err").string();
@@ -44,30 +46,6 @@ QuodRun runQuod(const std::vector<std::string>& arguments, const std::string& in
     run.out = readFile(out);
     run.err = readFile(err);
     return run;
-}
-
-ScratchFolder::ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quod-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-std::string ScratchFolder::write(const std::string& name, const std::string& bytes) const {
-    const std::string file = (path_ / name).string();
-    std::ofstream(file, std::ios::binary) << bytes;
-    return file;
-}
-
-std::vector<std::string> ScratchFolder::entries() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_))
-        names.push_back(entry.path().filename().string());
-    return names;
 }
 
 std::string readFile(const std::string& path) {

@@ -1,0 +1,33 @@
+// Conversions between the core's colours and fonts and Qt's.
+//
+// `toQColor` resolves a colour the way the platform draws it: a system colour takes its value for
+// the current appearance (PlatformAppearance), components are clamped into 0 to 1 (a stored
+// preference may hold anything), and a pattern colour, which Qt cannot draw without its image,
+// gives an invalid QColor that callers skip. `colorComponents` is the reverse, as the red, green,
+// blue and alpha that `Color::setSystemColor` takes.
+//
+// `toQFont` finds the face that a PostScript name stands for through fontconfig, the database Qt
+// itself reads on Linux, and asks Qt for that family and style. Sizes are Qt points, so the
+// screen's logical resolution applies as it does to every other Qt font. A name fontconfig does
+// not know (a test catalogue's invented face, say) is passed to Qt as a family name, and Qt picks
+// its usual substitute. Lookups are remembered for the process; any thread may convert.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <array>
+
+#include "quoddle/preferences/Color.h"
+#include "quoddle/preferences/Font.h"
+
+namespace quod {
+
+[[nodiscard]] QColor toQColor(const Color& color);
+[[nodiscard]] std::array<double, 4> colorComponents(const QColor& color);
+
+[[nodiscard]] QFont toQFont(const Font& font, double pointSize);
+[[nodiscard]] inline QFont toQFont(const Font& font) {
+    return toQFont(font, font.pointSize());
+}
+
+}  // namespace quod
