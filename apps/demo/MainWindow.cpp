@@ -54,7 +54,7 @@ MainWindow::MainWindow(QWidget* parent)
     new ThemeMenu(*menuBar());
     addViewMenu();
 
-    TextViewWidget& textView = editor_->textViewWidget();
+    TextViewWidget& textView = editor_->textView();
     connect(&textView, &TextViewWidget::selectionChanged, this,
             [this] { statusLine_->update(*document_->textView()); });
     connect(&textView, &TextViewWidget::textChanged, this, [this] {
@@ -175,8 +175,8 @@ void MainWindow::applyThemeColors() {
     editor_->applyTabWidth();
     // The command output is text too: it takes the editor's colours.
     QPalette palette = output_->palette();
-    palette.setColor(QPalette::Base, editor_->textViewWidget().backgroundColor());
-    palette.setColor(QPalette::Text, editor_->textViewWidget().textColor());
+    palette.setColor(QPalette::Base, editor_->textView().backgroundColor());
+    palette.setColor(QPalette::Text, editor_->textView().textColor());
     output_->setPalette(palette);
 }
 

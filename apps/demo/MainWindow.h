@@ -1,6 +1,6 @@
-// The demo's window: the folder sidebar on the left, the editor (gutter slot and text view) in the
-// middle, the read-only output of commands below it, the status line at the bottom, and menus for
-// files, the text operations, snippets, commands and themes.
+// The demo's window: the folder sidebar on the left, the editor (line-number gutter and text view)
+// in the middle, the read-only output of commands below it, the status line at the bottom, and
+// menus for files, the text operations, snippets, commands and themes.
 //
 // The window always has a document: an untitled one until a file is opened. Opening replaces it
 // (the demo edits one document at a time); a file that cannot be opened leaves the current one.

@@ -18,6 +18,7 @@
 #include "demo/ThemeMenu.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
+#include "quoddle/qt/QtPlatform.h"
 
 namespace {
 
@@ -47,6 +48,8 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("quoddle-demo");
     QApplication::setApplicationDisplayName("Quoddle Demo");
     quod::MainLoopBridge bridge;
+    // Qt's fonts and colours for the core before anything (a theme, say) makes a Font.
+    quod::QtPlatform::install();
 
     QCommandLineParser parser;
     parser.setApplicationDescription("The Quoddle demo editor.");

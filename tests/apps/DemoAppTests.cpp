@@ -51,7 +51,7 @@ const QByteArray latin1WithCrLf =
 
 // The colour the window's editor paints where there is no text.
 QColor editorBackgroundPixel(MainWindow& window) {
-    QWidget* viewport = window.editorArea().textViewWidget().viewport();
+    QWidget* viewport = window.editorArea().textView().viewport();
     const QImage image = viewport->grab().toImage();
     return image.pixelColor(image.width() - 3, image.height() - 3);
 }
@@ -236,6 +236,26 @@ class DemoAppTests : public QObject {
         QVERIFY(quod::Defaults::hasManuallyChangedTheme.get());
         const quod::Color stored = quod::Color::forKey(Key::Color::text);
         QCOMPARE(stored.redComponent(), 1.0);
+    }
+
+    void theGutterNumbersTheDocumentOnShow() {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(window.openDocument(file("short.txt", "one line")));
+        quod::GutterWidget& gutter = window.editorArea().gutter();
+        const auto storageOnShow = [&] {
+            return gutter.lineNumberView().textStorage().get() ==
+                   &window.document().textView()->textStorage();
+        };
+        QTRY_VERIFY(storageOnShow());
+        QTRY_VERIFY(gutter.width() > 0);
+        const int narrow = gutter.width();
+
+        // Four-digit line numbers need more room than one-digit ones.
+        QVERIFY(window.openDocument(file("long.txt", QByteArray("line\n").repeated(1200))));
+        QTRY_VERIFY(storageOnShow());
+        QTRY_VERIFY(gutter.width() > narrow);
     }
 
     void theStatusLineCountsTheSelection() {

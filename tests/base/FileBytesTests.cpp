@@ -2,13 +2,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 
 #include "quoddle/base/FileBytes.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -17,21 +15,13 @@ std::string text(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-class FileBytesTests : public testing::Test {
+class FileBytesTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-bytes-XXXXXX";
-        folder_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    std::string write(const std::string& name, const std::string& contents) {
-        const std::string path = folder_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << contents;
-        return path;
+    std::string write(const std::string& name, std::string_view contents) const {
+        return folder_.write(name, contents).string();
     }
 
-    std::string folder_;
+    const testing::TemporaryFolder folder_{"quoddle-bytes"};
 };
 
 TEST_F(FileBytesTests, ReadsFilesWholeAndKeepsTheBytesAcrossMoves) {
@@ -75,11 +65,11 @@ TEST_F(FileBytesTests, ReadsWhatAPipeDelivers) {
 
 TEST_F(FileBytesTests, FailsQuietlyWithTheSystemsReason) {
     std::error_code error;
-    EXPECT_FALSE(FileBytes::read(folder_ + "/missing", &error));
+    EXPECT_FALSE(FileBytes::read(folder_.path("missing").string(), &error));
     EXPECT_EQ(error, std::errc::no_such_file_or_directory);
-    EXPECT_FALSE(FileBytes::read(folder_, &error));
+    EXPECT_FALSE(FileBytes::read(folder_.path().string(), &error));
     EXPECT_EQ(error, std::errc::is_a_directory);
-    EXPECT_FALSE(FileBytes::read(folder_ + "/missing"));
+    EXPECT_FALSE(FileBytes::read(folder_.path("missing").string()));
 }
 
 }  // namespace

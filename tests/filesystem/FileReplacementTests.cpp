@@ -2,13 +2,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include "quoddle/filesystem/FileReplacement.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod {
 namespace {
@@ -17,19 +17,15 @@ std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-class FileReplacementTests : public testing::Test {
+class FileReplacementTests : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/quoddle-replace-XXXXXX";
-        folder_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    std::string write(const std::string& name, const std::string& contents, mode_t mode) {
-        const std::string path = folder_ + "/" + name;
-        std::ofstream(path) << contents;
+    std::string write(const std::string& name, std::string_view contents, mode_t mode) const {
+        const std::string path = folder_.write(name, contents).string();
         ::chmod(path.c_str(), mode);
         return path;
+    }
+    [[nodiscard]] std::string path(const std::string& name) const {
+        return folder_.path(name).string();
     }
     static std::string read(const std::string& path) {
         std::ostringstream contents;
@@ -42,12 +38,9 @@ class FileReplacementTests : public testing::Test {
         return status.st_mode & 07777;
     }
     // Nothing but the named files: no temporary file left behind.
-    std::size_t entries() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_),
-                                                      std::filesystem::directory_iterator()));
-    }
+    [[nodiscard]] std::size_t entries() const { return folder_.entries().size(); }
 
-    std::string folder_;
+    const testing::TemporaryFolder folder_{"quoddle-replace"};
 };
 
 TEST_F(FileReplacementTests, CommitReplacesTheContentsAndKeepsThePermissions) {
@@ -79,7 +72,7 @@ TEST_F(FileReplacementTests, WithoutACommitTheFileStaysAsItWas) {
 
 TEST_F(FileReplacementTests, ALinkStaysALinkAndANewFileIsCreated) {
     const std::string target = write("target.txt", "old", 0600);
-    const std::string link = folder_ + "/link.txt";
+    const std::string link = path("link.txt");
     ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
     auto file = FileReplacement::replacing(link);
     ASSERT_TRUE(file);
@@ -88,7 +81,7 @@ TEST_F(FileReplacementTests, ALinkStaysALinkAndANewFileIsCreated) {
     EXPECT_TRUE(std::filesystem::is_symlink(link));
     EXPECT_EQ(read(target), "through the link");
 
-    const std::string fresh = folder_ + "/fresh.txt";
+    const std::string fresh = path("fresh.txt");
     auto created = FileReplacement::replacing(fresh);
     ASSERT_TRUE(created);
     EXPECT_FALSE(std::filesystem::exists(fresh));
@@ -105,9 +98,9 @@ TEST_F(FileReplacementTests, RefusesWhatCannotBeReplacedBeforeMakingAnything) {
     EXPECT_FALSE(FileReplacement::replacing(readOnly, &error));
     EXPECT_EQ(error, FileReplacementError::readOnly);
     EXPECT_EQ(error.message(), "the file is read-only");
-    EXPECT_FALSE(FileReplacement::replacing(folder_, &error));
+    EXPECT_FALSE(FileReplacement::replacing(folder_.path().string(), &error));
     EXPECT_EQ(error, FileReplacementError::notRegularFile);
-    EXPECT_FALSE(FileReplacement::replacing(folder_ + "/missing/doc.txt", &error));
+    EXPECT_FALSE(FileReplacement::replacing(path("missing/doc.txt"), &error));
     EXPECT_EQ(error, std::errc::no_such_file_or_directory);
     EXPECT_EQ(entries(), 1u);
     EXPECT_EQ(read(readOnly), "locked");
