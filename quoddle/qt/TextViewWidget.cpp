@@ -15,18 +15,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "quoddle/qt/StringConversion.h"
+
 namespace quod {
 namespace {
-
-QString toQString(std::u16string_view text) {
-    return QString(reinterpret_cast<const QChar*>(text.data()),
-                   static_cast<qsizetype>(text.size()));
-}
-
-std::u16string toU16(const QString& text) {
-    return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()),
-                          static_cast<size_t>(text.size()));
-}
 
 // Keeps the scroll bars' int range safe for documents of tens of millions of lines.
 int clampToInt(qreal value) {
@@ -432,7 +424,7 @@ void TextViewWidget::extendSelectionByMouse(int64_t position) {
 
 void TextViewWidget::insertText(const QString& text) {
     if (!view_->isEditable()) return;
-    const std::u16string units = toU16(text);
+    const std::u16string units = toU16String(text);
     view_->replaceWithUndo(units, view_->selectedRange(), false);
     desiredX_ = -1;
     ensurePositionVisible(caret_);

@@ -89,6 +89,18 @@ std::u16string prepareStringForXML(std::u16string_view string) {
     return replacingOccurrences(escaped, u">", u"&gt;");
 }
 
+void rewriteSelection(QuodTextView& view,
+                      const std::function<std::u16string(std::u16string_view)>& rewrite) {
+    const Range selection = view.selectedRange();
+    std::u16string rewritten;
+    {
+        const std::u16string original = textOf(view, selection);
+        rewritten = rewrite(original);
+        if (rewritten == original) return;
+    }
+    view.replaceWithUndo(rewritten, selection, true);
+}
+
 void prepareForXML(QuodTextView& view) {
     QuodTextView::UndoGroup command(view);
     const Range selection = view.selection();

@@ -3,12 +3,14 @@
 //
 // Like the line operations, each reads the view's text and a selection, changes the text through
 // the change protocol (one undo step per call) and sets the selection afterwards:
-//   - commentOrUncomment, transform, prepareSnippet and insertSnippet read the raw selection;
+//   - commentOrUncomment, transform, rewriteSelection, prepareSnippet and insertSnippet read the
+//     raw selection;
 //   - the case changes and prepareForXML read `selection()` (an insertion point stands for its
 //     line); transform takes an insertion point to mean the whole document.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -32,6 +34,13 @@ void capitalize(QuodTextView& view);
 // Runs the raw selection (the whole text for an insertion point) through a transform; a transform
 // that cannot run, or changes nothing, leaves the text alone.
 void transform(StringTransform::Kind transformer, QuodTextView& view);
+
+// Replaces the raw selection by `rewrite` of its text, selected. For the operations that the
+// framework has as rewrites of a string (Text::convert, replaceLineEndingCharacters) and a host
+// applies to a selection. A rewrite that changes nothing leaves the text and the undo history
+// alone.
+void rewriteSelection(QuodTextView& view,
+                      const std::function<std::u16string(std::u16string_view)>& rewrite);
 
 // Escapes "&", "<" and ">" for XML in four passes: "&amp;" to "&" first (so escaped text is not
 // escaped twice), then "&" to "&amp;", "<" to "&lt;", ">" to "&gt;". Quotes stay; other entities

@@ -1,14 +1,9 @@
 #include "quoddle/text/TextStorage.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <vector>
 
+#include "quoddle/base/FileBytes.h"
 #include "quoddle/base/Utf.h"
 
 namespace quod {
@@ -34,36 +29,10 @@ TextStorage TextStorage::fromUtf8(std::string_view bytes) {
 }
 
 std::optional<TextStorage> TextStorage::fromUtf8File(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return std::nullopt;
-    struct FileCloser {
-        int descriptor;
-        ~FileCloser() { ::close(descriptor); }
-    } closer{descriptor};
-
-    struct stat status {};
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
-        const auto size = static_cast<std::size_t>(status.st_size);
-        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, descriptor, 0);
-        if (mapping != MAP_FAILED) {
-            ::madvise(mapping, size, MADV_SEQUENTIAL);
-            TextStorage storage = fromUtf8({static_cast<const char*>(mapping), size});
-            ::munmap(mapping, size);
-            return storage;
-        }
-    }
-    std::string bytes;
-    char chunk[65536];
-    for (;;) {
-        const ssize_t count = ::read(descriptor, chunk, sizeof chunk);
-        if (count == 0) break;
-        if (count < 0) {
-            if (errno == EINTR) continue;
-            return std::nullopt;
-        }
-        bytes.append(chunk, static_cast<std::size_t>(count));
-    }
-    return fromUtf8(bytes);
+    const auto file = FileBytes::read(path);
+    if (!file) return std::nullopt;
+    const auto bytes = file->bytes();
+    return fromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 void TextStorage::indexWholeText() {

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "quoddle/base/CurrentLocale.h"
+#include "quoddle/strings/LineEnding.h"
 #include "quoddle/text/SelectionRewrites.h"
 
 namespace quod {
@@ -64,6 +65,21 @@ TEST(SelectionRewrites, TransformsTheSelectionOrTheWholeDocument) {
     expectScenario(after({u"&#x41; &#x42;", {7, 6}}, fromXMLHex), {u"&#x41; B", {7, 1}});
     // Nothing to change: no undo step, selection untouched.
     expectScenario(after({u"plain", {1, 2}}, fromXMLHex), {u"plain", {1, 2}});
+}
+
+TEST(SelectionRewrites, StringRewritesReplaceTheRawSelection) {
+    const auto toWindows = [](QuodTextView& view) {
+        Text::rewriteSelection(view, [](std::u16string_view text) {
+            return Text::convert(text, LineEnding::windows);
+        });
+    };
+    expectScenario(after({u"a\nb\rc\nd", {0, 5}}, toWindows), {u"a\r\nb\r\nc\nd", {0, 7}});
+    // An insertion point is an empty selection here, not its line.
+    expectScenario(after({u"a\nb", {1, 0}}, toWindows), {u"a\nb", {1, 0}});
+    QuodTextView unchanged(u"a\r\nb");
+    unchanged.selectAll();
+    toWindows(unchanged);
+    EXPECT_FALSE(unchanged.undoManager().canUndo());
 }
 
 TEST(SelectionRewrites, XmlEscapingNeverEscapesTwice) {

@@ -165,17 +165,7 @@ TextEdit lineEndingsEdit(const ParsedArguments& arguments, std::vector<std::stri
         const LineEnding ending = allLineEndings[found - lineEndingNames.begin()];
         rewrite = [ending](std::u16string_view text) { return Text::convert(text, ending); };
     }
-    // The framework has these as rewrites of a string; a host applies them to the selection.
-    edit.apply = [rewrite](QuodTextView& view) {
-        const Range selection = view.selectedRange();
-        std::u16string rewritten;
-        {
-            const std::u16string original = view.textStorage().substringWithRange(selection);
-            rewritten = rewrite(original);
-            if (rewritten == original) return;
-        }
-        view.replaceWithUndo(rewritten, selection, true);
-    };
+    edit.apply = [rewrite](QuodTextView& view) { Text::rewriteSelection(view, rewrite); };
     return edit;
 }
 

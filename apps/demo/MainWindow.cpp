@@ -1,0 +1,187 @@
+#include "demo/MainWindow.h"
+
+#include <QApplication>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+
+#include "demo/TextMenus.h"
+#include "demo/ThemeMenu.h"
+#include "quoddle/filesystem/Url.h"
+#include "quoddle/interface/NotificationName.h"
+#include "quoddle/preferences/Color.h"
+#include "quoddle/runtime/Localize.h"
+#include "quoddle/runtime/NotificationCenter.h"
+
+namespace quod::demo {
+namespace {
+
+QDockWidget* addDock(QMainWindow& window, const QString& title, const char* name, QWidget* content,
+                     Qt::DockWidgetArea area) {
+    auto* dock = new QDockWidget(title, &window);
+    dock->setObjectName(name);
+    dock->setWidget(content);
+    dock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
+    window.addDockWidget(area, dock);
+    return dock;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent),
+      document_(std::make_unique<Document>()),
+      editor_(new EditorArea(document_->textView(), this)),
+      sidebar_(new FolderSidebar(this)),
+      output_(new QPlainTextEdit(this)),
+      statusLine_(new StatusLine(*statusBar())) {
+    setCentralWidget(editor_);
+    addDock(*this, QString::fromStdString(Localize::sidebar()), "sidebarDock", sidebar_,
+            Qt::LeftDockWidgetArea);
+    output_->setObjectName("outputPane");
+    output_->setReadOnly(true);
+    output_->setMaximumBlockCount(10'000);
+    addDock(*this, QString::fromStdString(Localize::result()), "outputDock", output_,
+            Qt::BottomDockWidgetArea);
+    resizeDocks({findChild<QDockWidget*>("sidebarDock")}, {220}, Qt::Horizontal);
+    resizeDocks({findChild<QDockWidget*>("outputDock")}, {120}, Qt::Vertical);
+
+    addFileMenu();
+    new TextMenus(*menuBar(), [this] { return document_.get(); });
+    commands_ = new CommandRunner(*menuBar(), *output_, [this] { return document_.get(); });
+    new ThemeMenu(*menuBar());
+    addViewMenu();
+
+    TextViewWidget& textView = editor_->textView();
+    connect(&textView, &TextViewWidget::selectionChanged, this,
+            [this] { statusLine_->update(*document_->textView()); });
+    connect(&textView, &TextViewWidget::textChanged, this, [this] {
+        statusLine_->update(*document_->textView());
+        updateTitle();
+    });
+    connect(sidebar_, &FolderSidebar::fileActivated, this, [this](const QString& path) {
+        QString error;
+        if (!openDocument(path, &error)) showError(error);
+    });
+    themeChanged_ =
+        Notifications().addObserver(NotificationName::themeChanged().rawValue(), nullptr,
+                                    [this](const Notification&) { applyThemeColors(); });
+    applyThemeColors();
+    documentChanged();
+    resize(1100, 720);
+}
+
+MainWindow::~MainWindow() = default;
+
+bool MainWindow::openDocument(const QString& path, QString* error) {
+    std::string reason;
+    auto document = Document::open(path.toStdString(), &reason);
+    if (!document) {
+        if (error != nullptr) *error = QString::fromStdString(reason);
+        return false;
+    }
+    editor_->setTextView(document->textView());
+    document_ = std::move(document);
+    if (sidebar_->folder().empty()) {
+        chooseFolder(QString::fromStdString(
+            Url::fileURL(document_->path(), false).deletingLastPathComponent().path()));
+    }
+    documentChanged();
+    return true;
+}
+
+bool MainWindow::saveDocument(QString* error) {
+    std::string reason;
+    bool saved = false;
+    if (document_->path().empty()) {
+        const QString path = QFileDialog::getSaveFileName(this);
+        if (path.isEmpty()) return false;
+        saved = document_->saveAs(path.toStdString(), &reason);
+    } else {
+        saved = document_->save(&reason);
+    }
+    if (!saved && error != nullptr) *error = QString::fromStdString(reason);
+    updateTitle();
+    return saved;
+}
+
+void MainWindow::chooseFolder(const QString& path) {
+    sidebar_->setFolder(path.toStdString());
+}
+
+void MainWindow::addFileMenu() {
+    QMenu* menu = menuBar()->addMenu("File");
+    QAction* open =
+        menu->addAction(QString::fromStdString(Localize::open()) + QString::fromUtf8("…"));
+    open->setShortcut(QKeySequence::Open);
+    connect(open, &QAction::triggered, this, [this] {
+        const QString path = QFileDialog::getOpenFileName(this);
+        QString error;
+        if (!path.isEmpty() && !openDocument(path, &error)) showError(error);
+    });
+    QAction* save = menu->addAction(QString::fromStdString(Localize::save()));
+    save->setObjectName("save");
+    save->setShortcut(QKeySequence::Save);
+    connect(save, &QAction::triggered, this, [this] {
+        QString error;
+        if (!saveDocument(&error) && !error.isEmpty()) showError(error);
+    });
+    QAction* saveAs = menu->addAction(QString::fromStdString(Localize::Ellipsis::save()));
+    saveAs->setShortcut(QKeySequence::SaveAs);
+    connect(saveAs, &QAction::triggered, this, [this] {
+        const QString path = QFileDialog::getSaveFileName(this);
+        std::string reason;
+        if (path.isEmpty()) return;
+        if (!document_->saveAs(path.toStdString(), &reason)) {
+            showError(QString::fromStdString(reason));
+        }
+        updateTitle();
+    });
+    menu->addSeparator();
+    QAction* folder = menu->addAction(QString::fromStdString(Localize::Ellipsis::chooseFolder()));
+    connect(folder, &QAction::triggered, this, [this] {
+        const QString path = QFileDialog::getExistingDirectory(this);
+        if (!path.isEmpty()) chooseFolder(path);
+    });
+    menu->addSeparator();
+    QAction* quit = menu->addAction(QString::fromStdString(Localize::close()));
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+}
+
+void MainWindow::addViewMenu() {
+    QMenu* menu = menuBar()->addMenu(QString::fromStdString(Localize::show()));
+    for (auto* dock : findChildren<QDockWidget*>())
+        menu->addAction(dock->toggleViewAction());
+    menu->actions().front()->setText(QString::fromStdString(Localize::toggleSidebar()));
+}
+
+void MainWindow::documentChanged() {
+    statusLine_->update(*document_->textView());
+    statusLine_->setEncoding(document_->encoding());
+    updateTitle();
+    editor_->setFocus();
+}
+
+void MainWindow::updateTitle() {
+    setWindowTitle(QString::fromStdString(document_->displayName()) + "[*] — Quoddle Demo");
+    setWindowModified(document_->isModified());
+}
+
+void MainWindow::applyThemeColors() {
+    editor_->applyThemeColors();
+    editor_->applyTabWidth();
+    // The command output is text too: it takes the editor's colours.
+    QPalette palette = output_->palette();
+    palette.setColor(QPalette::Base, editor_->textView().backgroundColor());
+    palette.setColor(QPalette::Text, editor_->textView().textColor());
+    output_->setPalette(palette);
+}
+
+void MainWindow::showError(const QString& message) {
+    QMessageBox::warning(this, QApplication::applicationDisplayName(), message);
+}
+
+}  // namespace quod::demo

@@ -1,0 +1,38 @@
+// The Themes menu: the four built-in themes of Theme::all, one checkable item each.
+//
+// Choosing a theme applies it the host's way: every entry of the theme dictionary is stored under
+// its key in the standard preferences store (colours as four-number arrays, fonts as font
+// strings), "CurrentTheme" gets the theme's number, "HasManuallyChangedTheme" becomes true, and
+// "ThemeChanged" is posted. Views repaint from the preferences when they hear it, so a theme
+// stored by anyone else (another window, another process followed by a post) shows the same way.
+// The check mark follows "CurrentTheme" whenever "ThemeChanged" is posted.
+#pragma once
+
+#include <QActionGroup>
+#include <QMenuBar>
+#include <QObject>
+
+#include "quoddle/base/Signal.h"
+#include "quoddle/preferences/Theme.h"
+
+namespace quod::demo {
+
+class ThemeMenu : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit ThemeMenu(QMenuBar& bar);
+
+    static void applyTheme(Theme::City city);
+
+    // "Stockholm", "Copenhagen", "Oslo", "Helsinki".
+    [[nodiscard]] static QString themeName(Theme::City city);
+
+  private:
+    void checkCurrentTheme();
+
+    QActionGroup* group_;
+    Connection themeChanged_;
+};
+
+}  // namespace quod::demo

@@ -1,0 +1,88 @@
+#include "quoddle/base/FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "quoddle/base/FileDescriptor.h"
+
+namespace quod {
+namespace {
+
+std::nullopt_t fail(std::error_code* error, int number) {
+    if (error != nullptr) *error = std::error_code(number, std::system_category());
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<FileBytes> FileBytes::read(const std::string& path, std::error_code* error) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.valid()) return fail(error, errno);
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0) return fail(error, errno);
+    if (S_ISDIR(status.st_mode)) return fail(error, EISDIR);
+    if (S_ISREG(status.st_mode) && status.st_size > 0) {
+        const auto size = static_cast<std::size_t>(status.st_size);
+        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, file.get(), 0);
+        if (mapping != MAP_FAILED) {
+            ::madvise(mapping, size, MADV_SEQUENTIAL);
+            FileBytes bytes;
+            bytes.mapping_ = mapping;
+            bytes.mappedSize_ = size;
+            return bytes;
+        }
+    }
+    return readDescriptor(file.get(), error);
+}
+
+std::optional<FileBytes> FileBytes::readDescriptor(int descriptor, std::error_code* error) {
+    FileBytes bytes;
+    std::array<std::uint8_t, 1 << 16> chunk{};
+    for (;;) {
+        const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
+        if (count == 0) return bytes;
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return fail(error, errno);
+        }
+        bytes.readBytes_.insert(bytes.readBytes_.end(), chunk.begin(), chunk.begin() + count);
+    }
+}
+
+FileBytes::FileBytes(FileBytes&& other) noexcept
+    : mapping_(std::exchange(other.mapping_, nullptr)),
+      mappedSize_(std::exchange(other.mappedSize_, 0)),
+      readBytes_(std::move(other.readBytes_)) {}
+
+FileBytes& FileBytes::operator=(FileBytes&& other) noexcept {
+    if (this != &other) {
+        unmap();
+        mapping_ = std::exchange(other.mapping_, nullptr);
+        mappedSize_ = std::exchange(other.mappedSize_, 0);
+        readBytes_ = std::move(other.readBytes_);
+    }
+    return *this;
+}
+
+FileBytes::~FileBytes() {
+    unmap();
+}
+
+void FileBytes::unmap() noexcept {
+    if (mapping_ != nullptr) ::munmap(mapping_, mappedSize_);
+    mapping_ = nullptr;
+    mappedSize_ = 0;
+}
+
+std::span<const std::uint8_t> FileBytes::bytes() const {
+    if (mapping_ != nullptr) return {static_cast<const std::uint8_t*>(mapping_), mappedSize_};
+    return readBytes_;
+}
+
+}  // namespace quod

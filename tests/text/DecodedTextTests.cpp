@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "quoddle/base/Utf.h"
+#include "quoddle/text/DecodedText.h"
+
+namespace quod {
+namespace {
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+struct Written {
+    bool encodable = false;
+    std::string bytes;
+    int pieces = 0;
+};
+
+Written written(const TextStorage& text, EncodingNumber encoding,
+                std::span<const std::uint8_t> mark = {}) {
+    Written result;
+    result.encodable =
+        writeDocument(text, encoding, mark, [&result](std::span<const std::uint8_t> bytes) {
+            result.bytes.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+            ++result.pieces;
+        });
+    return result;
+}
+
+// Decodes and writes back, expecting the same bytes.
+void expectRoundTrip(std::string_view bytes, EncodingNumber expectedEncoding) {
+    const auto decoded = decodeDocument(bytesOf(bytes));
+    ASSERT_TRUE(decoded) << bytes;
+    EXPECT_EQ(decoded->encoding, expectedEncoding) << bytes;
+    EXPECT_EQ(written(decoded->storage, decoded->encoding, decoded->byteOrderMark).bytes, bytes);
+}
+
+TEST(DecodedText, DeclaredEncodingWinsWhenTheBytesFitIt) {
+    // Declarations are only read from UTF-8 bytes, so a declared encoding can only differ from
+    // what the bytes suggest for ASCII-only text, or fail to fit them.
+    const std::string html = "<meta charset=\"iso-8859-1\"><p>cafe</p>\r\n";
+    const auto decoded = decodeDocument(bytesOf(html));
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->encoding, Encodings::isoLatin1);
+    EXPECT_EQ(decoded->storage.string(), u"<meta charset=\"iso-8859-1\"><p>cafe</p>\r\n");
+    expectRoundTrip(html, Encodings::isoLatin1);
+
+    // Declared ASCII, but the bytes are UTF-8 beyond it: what the bytes suggest decides.
+    const std::string mislabelled =
+        "<?xml version=\"1.0\" encoding=\"us-ascii\"?><t>Gr\xC3\xBC\xC3\x9F"
+        "e</t>\r\n";
+    const auto fallback = decodeDocument(bytesOf(mislabelled));
+    ASSERT_TRUE(fallback);
+    EXPECT_EQ(fallback->encoding, Encodings::utf8);
+    EXPECT_NE(fallback->storage.string().find(u"Grüße"), std::u16string::npos);
+    expectRoundTrip(mislabelled, Encodings::utf8);
+
+    // Nothing declared and not UTF-8: the detector's answer.
+    const std::string latin1 =
+        "Gr\xFC\xDF"
+        "e aus K\xF6ln, sch\xF6ne Stra\xDF"
+        "e, \xE0 bient\xF4t, ch\xE8re amie.\r\n";
+    const auto detected = decodeDocument(bytesOf(latin1));
+    ASSERT_TRUE(detected);
+    EXPECT_NE(detected->encoding, Encodings::utf8);
+    expectRoundTrip(latin1, detected->encoding);
+}
+
+TEST(DecodedText, ByteOrderMarksAreKeptOutOfTheTextAndWrittenBack) {
+    const std::string utf8 = "\xEF\xBB\xBFna\xC3\xAFve\r\n";
+    const auto decoded = decodeDocument(bytesOf(utf8));
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->storage.string(), u"naïve\r\n");
+    EXPECT_EQ(decoded->byteOrderMark, (Data{0xEF, 0xBB, 0xBF}));
+    expectRoundTrip(utf8, Encodings::utf8);
+    expectRoundTrip(std::string("\xFF\xFEh\0i\0\r\0\n\0", 10), Encodings::utf16LittleEndian);
+}
+
+TEST(DecodedText, BytesNoEncodingDecodesWholeGiveNoText) {
+    EXPECT_FALSE(
+        decodeDocument(bytesOf("\xEF\xBB\xBF"
+                               "ab\xFF\xFE")));
+    const auto empty = decodeDocument({});
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->encoding, Encodings::utf8);
+    EXPECT_EQ(empty->storage.length(), 0);
+}
+
+TEST(DecodedText, WritingRefusesCharactersTheEncodingLacksBeforeAnyByte) {
+    const Written greek = written(TextStorage(u"café Ω"), Encodings::isoLatin1);
+    EXPECT_FALSE(greek.encodable);
+    EXPECT_EQ(greek.pieces, 0);
+    const Written latin = written(TextStorage(u"café"), Encodings::isoLatin1);
+    EXPECT_TRUE(latin.encodable);
+    EXPECT_EQ(latin.bytes, "caf\xE9");
+}
+
+TEST(DecodedText, LargeUtf8TextGoesOutInPiecesWithoutSplittingAPair) {
+    // A surrogate pair straddles the first slice boundary (1 << 20 units).
+    std::u16string text(1 << 20, u'x');
+    text.replace((1 << 20) - 1, 1, u"😀");
+    text += u"tail";
+    const Written result = written(TextStorage(text), Encodings::utf8);
+    EXPECT_TRUE(result.encodable);
+    EXPECT_GT(result.pieces, 2);
+    EXPECT_EQ(result.bytes, toUtf8(text));
+}
+
+}  // namespace
+}  // namespace quod
