@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "quoddle/filesystem/FileManager.h"
+#include "quoddle/filesystem/InotifyRecords.h"
 #include "quoddle/runtime/RunLoop.h"
 #include "quoddle/runtime/SystemLog.h"
 
@@ -83,20 +84,10 @@ void FileSystemEventStream::readEvents() {
 
 std::vector<FileSystemEventStream::Event> FileSystemEventStream::takeQueuedEvents() const {
     std::vector<Event> events;
-    alignas(inotify_event) char buffer[64 * 1024];
-    for (int reads = 0; reads < readsPerTurn; ++reads) {
-        const ssize_t length = read(inotify_, buffer, sizeof buffer);
-        if (length < 0 && errno == EINTR) continue;
-        if (length <= 0) break;
-        for (ssize_t offset = 0; offset < length;) {
-            inotify_event header;
-            std::memcpy(&header, buffer + offset, sizeof header);
-            const char* name = buffer + offset + sizeof header;
-            events.push_back({header.wd, header.mask, header.cookie,
-                              std::string(name, strnlen(name, header.len))});
-            offset += static_cast<ssize_t>(sizeof header + header.len);
-        }
-    }
+    readInotifyRecords(
+        inotify_, readsPerTurn, [&](const inotify_event& header, std::string_view name) {
+            events.push_back({header.wd, header.mask, header.cookie, std::string(name)});
+        });
     return events;
 }
 

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "quoddle/filesystem/InotifyRecords.h"
+
 namespace quod::internal {
 namespace {
 
@@ -154,18 +156,10 @@ void FileSystemObjectSource::handleEvents() {
 // Only one handling runs at a time and cancelling waits for it, so the descriptor is open here.
 int FileSystemObjectSource::readEventCount() const {
     int count = 0;
-    alignas(inotify_event) char buffer[16 * 1024];
-    for (int reads = 0; reads < readsPerRound; ++reads) {
-        const ssize_t length = read(descriptor_, buffer, sizeof buffer);
-        if (length < 0 && errno == EINTR) continue;
-        if (length <= 0) break;
-        for (ssize_t offset = 0; offset < length;) {
-            inotify_event header;
-            std::memcpy(&header, buffer + offset, sizeof header);
-            if (!(header.mask & IN_IGNORED)) ++count;
-            offset += static_cast<ssize_t>(sizeof header + header.len);
-        }
-    }
+    readInotifyRecords(descriptor_, readsPerRound,
+                       [&](const inotify_event& header, std::string_view) {
+                           if (!(header.mask & IN_IGNORED)) ++count;
+                       });
     return count;
 }
 
