@@ -29,9 +29,7 @@ ThemeMenu::ThemeMenu(QMenuBar& bar) : QObject(&bar), group_(new QActionGroup(thi
 
 void ThemeMenu::applyTheme(Theme::City city) {
     const auto& theme = Theme::all().at(static_cast<std::size_t>(city));
-    const auto store = UserDefaults::standard();
-    for (const auto& [key, value] : theme)
-        store->setObject(key, value);
+    UserDefaults::standard()->setObjects(theme);
     Defaults::currentTheme.set(static_cast<int64_t>(city));
     Defaults::hasManuallyChangedTheme.set(true);
     Notifications().post(NotificationName::themeChanged());

@@ -318,8 +318,7 @@ PlistDictionary UserDefaults::persistentDomain() const {
 }
 
 void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> value) {
-    std::lock_guard lock(mutex_);
-    const auto apply = [&](PlistDictionary& domain) {
+    modifyDomain([&](PlistDictionary& domain) {
         if (value) {
             auto found = domain.find(key);
             if (found != domain.end() && found->second == *value) return false;
@@ -327,7 +326,24 @@ void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> val
             return true;
         }
         return domain.erase(std::string(key)) > 0;
-    };
+    });
+}
+
+void UserDefaults::setObjects(const PlistDictionary& values) {
+    modifyDomain([&](PlistDictionary& domain) {
+        bool changed = false;
+        for (const auto& [key, value] : values) {
+            auto found = domain.find(key);
+            if (found != domain.end() && found->second == value) continue;
+            domain.insert_or_assign(key, value);
+            changed = true;
+        }
+        return changed;
+    });
+}
+
+void UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& apply) {
+    std::lock_guard lock(mutex_);
     if (file_.empty()) {
         apply(state_->domain);
         return;

@@ -20,6 +20,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -61,6 +62,9 @@ class UserDefaults {
     void setFloat(std::string_view key, float value) { setObject(key, PlistValue(double{value})); }
     void setDouble(std::string_view key, double value) { setObject(key, PlistValue(value)); }
     void removeObject(std::string_view key) { setObject(key, std::nullopt); }
+    // Stores every entry of `values` in one write (one lock, one file replaced), as applying a
+    // theme's seventeen entries wants; other processes see all of them or none.
+    void setObjects(const PlistDictionary& values);
 
     void registerDefaults(const PlistDictionary& defaults);
 
@@ -80,6 +84,9 @@ class UserDefaults {
 
     // The persistent domain, refreshed from the file when it changed. Caller holds mutex_.
     const PlistDictionary& currentDomain() const;
+    // Runs `change` on the persistent domain as it is now and, if it says it changed something,
+    // keeps the result (for a file-backed store: locked, re-read, written and renamed).
+    void modifyDomain(const std::function<bool(PlistDictionary&)>& change);
 
     std::filesystem::path file_;
     mutable std::mutex mutex_;

@@ -111,6 +111,26 @@ TEST(UserDefaults, AWriteThatChangesNothingLeavesTheFileAlone) {
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
 }
 
+TEST(UserDefaults, SeveralEntriesAreStoredTogetherAndUnchangedOnesWriteNothing) {
+    const TemporaryFolder folder("quoddle-defaults");
+    const fs::path file = folder.path() / "d.plist";
+    auto store = UserDefaults::persistent(file);
+    store->setObjects({{"a", PlistValue(int64_t{1})}, {"b", PlistValue("two")}});
+    struct stat first {};
+    ASSERT_EQ(::stat(file.c_str(), &first), 0);
+    store->setObjects({{"a", PlistValue(int64_t{1})}, {"b", PlistValue("two")}});
+    struct stat unchanged {};
+    ASSERT_EQ(::stat(file.c_str(), &unchanged), 0);
+    EXPECT_EQ(first.st_ino, unchanged.st_ino);
+
+    store->setObjects({{"a", PlistValue(int64_t{1})}, {"c", PlistValue(true)}});
+    const auto other = UserDefaults::persistent(file);
+    EXPECT_EQ(other->integerForKey("a"), 1);
+    EXPECT_EQ(other->stringForKey("b"), "two");
+    EXPECT_TRUE(other->boolForKey("c"));
+    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"d.plist", "d.plist.lock"}));
+}
+
 TEST(UserDefaults, KeepsTheModeAndReadsDroppedInBinaryFiles) {
     const TemporaryFolder folder("quoddle-defaults");
     const fs::path file = folder.path() / "d.plist";

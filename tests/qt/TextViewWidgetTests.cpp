@@ -4,6 +4,7 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include "quoddle/qt/StringConversion.h"
 #include "quoddle/qt/TextViewWidget.h"
 
 using quod::QuodTextView;
@@ -11,11 +12,6 @@ using quod::Range;
 using quod::TextViewWidget;
 
 namespace {
-
-QString qs(const std::u16string& text) {
-    return QString(reinterpret_cast<const QChar*>(text.data()),
-                   static_cast<qsizetype>(text.size()));
-}
 
 // A shown, focused widget of a fixed size over a new document.
 struct Fixture {
@@ -60,18 +56,18 @@ class TextViewWidgetTests : public QObject {
         QuodTextView reference;
         for (const char16_t* piece : {u"a", u"b", u"\n", u"c", u"\u00e9", u"\t"})
             reference.replaceWithUndo(piece, reference.selectedRange(), false);
-        QCOMPARE(qs(f.view->string()), qs(reference.string()));
+        QCOMPARE(quod::toQString(f.view->string()), quod::toQString(reference.string()));
         QCOMPARE(f.view->selectedRange(), reference.selectedRange());
 
         for (int step = 0; step < 3; ++step) {
             QTest::keyClick(&f.widget, Qt::Key_Z, Qt::ControlModifier);
             reference.undo();
-            QCOMPARE(qs(f.view->string()), qs(reference.string()));
+            QCOMPARE(quod::toQString(f.view->string()), quod::toQString(reference.string()));
             QCOMPARE(f.view->selectedRange(), reference.selectedRange());
         }
         QTest::keyClick(&f.widget, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         reference.redo();
-        QCOMPARE(qs(f.view->string()), qs(reference.string()));
+        QCOMPARE(quod::toQString(f.view->string()), quod::toQString(reference.string()));
         QVERIFY(f.view->undoManager().canUndo());
     }
 
@@ -79,25 +75,25 @@ class TextViewWidgetTests : public QObject {
         Fixture f(u"hello world");
         f.view->setSelectedRange({6, 5});
         QTest::keyClicks(&f.widget, "there");
-        QCOMPARE(qs(f.view->string()), QStringLiteral("hello there"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("hello there"));
         QCOMPARE(f.view->selectedRange(), (Range{11, 0}));
         f.view->setEditable(false);
         QTest::keyClicks(&f.widget, "!");
         QTest::keyClick(&f.widget, Qt::Key_Backspace);
-        QCOMPARE(qs(f.view->string()), QStringLiteral("hello there"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("hello there"));
     }
 
     void backspaceAndDeleteTakeWholeClustersAndWholeLineEnds() {
         Fixture f(u"ae\u0301\r\nb");
         f.view->setSelectedRange({5, 0});  // after CR LF
         QTest::keyClick(&f.widget, Qt::Key_Backspace);
-        QCOMPARE(qs(f.view->string()), qs(u"ae\u0301b"));
+        QCOMPARE(quod::toQString(f.view->string()), quod::toQString(u"ae\u0301b"));
         QTest::keyClick(&f.widget, Qt::Key_Backspace);
-        QCOMPARE(qs(f.view->string()), QStringLiteral("ab"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("ab"));
         QTest::keyClick(&f.widget, Qt::Key_Delete);
-        QCOMPARE(qs(f.view->string()), QStringLiteral("a"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("a"));
         QTest::keyClick(&f.widget, Qt::Key_Delete);  // at the end: nothing, no undo step
-        QCOMPARE(qs(f.view->string()), QStringLiteral("a"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("a"));
         QCOMPARE(f.view->undoManager().undoStepCount(), 3);
     }
 
@@ -164,10 +160,10 @@ class TextViewWidgetTests : public QObject {
         f.view->setSelectedRange({0, 4});
         QTest::keyClick(&f.widget, Qt::Key_X, Qt::ControlModifier);
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("copy"));
-        QCOMPARE(qs(f.view->string()), QStringLiteral(" me"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral(" me"));
         QTest::keyClick(&f.widget, Qt::Key_End);
         QTest::keyClick(&f.widget, Qt::Key_V, Qt::ControlModifier);
-        QCOMPARE(qs(f.view->string()), QStringLiteral(" mecopy"));
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral(" mecopy"));
         QTest::keyClick(&f.widget, Qt::Key_A, Qt::ControlModifier);
         QCOMPARE(f.view->selectedRange(), (Range{0, 7}));
     }
@@ -177,11 +173,11 @@ class TextViewWidgetTests : public QObject {
         f.view->setSelectedRange({1, 0});
         QInputMethodEvent preedit(QStringLiteral("e"), {});
         QApplication::sendEvent(&f.widget, &preedit);
-        QCOMPARE(qs(f.view->string()), QStringLiteral("ab"));  // not yet committed
+        QCOMPARE(quod::toQString(f.view->string()), QStringLiteral("ab"));  // not yet committed
         QInputMethodEvent commit;
         commit.setCommitString(QString::fromUtf8("\u00e9"));
         QApplication::sendEvent(&f.widget, &commit);
-        QCOMPARE(qs(f.view->string()), QString::fromUtf8("a\u00e9b"));
+        QCOMPARE(quod::toQString(f.view->string()), QString::fromUtf8("a\u00e9b"));
         QCOMPARE(f.view->selectedRange(), (Range{2, 0}));
         QCOMPARE(static_cast<QWidget&>(f.widget).inputMethodQuery(Qt::ImCursorPosition).toInt(), 2);
     }
