@@ -1,0 +1,49 @@
+// A preference pane: the base of every pane that PreferencesTabViewController shows as a tab.
+//
+// A pane asks for 600 × 100 points of content each time it is about to appear (`viewWillAppear`,
+// called from the first show event of each showing), and the tab view controller sizes the window
+// to that, grown to what the pane's layout needs at least. A pane names its tab by also adopting
+// PreferenceTabType; a pane that does not keeps whatever label and image its tab was given.
+//
+//     class GeneralPane : public PreferenceTabViewController, public PreferenceTabType {
+//         QString tabLabel() const override { return toQString(Localize::general()); }
+//         std::optional<QIcon> tabImage() const override { return std::nullopt; }
+//     };
+#pragma once
+
+#include <QIcon>
+#include <QSize>
+#include <QString>
+#include <QWidget>
+#include <optional>
+
+namespace quod {
+
+class PreferenceTabType {
+  public:
+    virtual ~PreferenceTabType() = default;
+    [[nodiscard]] virtual QString tabLabel() const = 0;
+    [[nodiscard]] virtual std::optional<QIcon> tabImage() const = 0;
+};
+
+class PreferenceTabViewController : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit PreferenceTabViewController(QWidget* parent = nullptr);
+
+    // No size (0 × 0) until the pane first appears.
+    [[nodiscard]] QSize preferredContentSize() const { return preferredContentSize_; }
+    void setPreferredContentSize(QSize size) { preferredContentSize_ = size; }
+
+    // Overrides call this first.
+    virtual void viewWillAppear();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    QSize preferredContentSize_{0, 0};
+};
+
+}  // namespace quod
