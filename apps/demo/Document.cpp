@@ -40,7 +40,11 @@ std::unique_ptr<Document> Document::open(const std::string& path, std::string* e
         fail(error, path + ": " + reason.message());
         return nullptr;
     }
-    auto decoded = decodeDocument(file->bytes());
+    const EncodingNumber preferred =
+        Defaults::alwaysUseTextEncoding.get()
+            ? static_cast<EncodingNumber>(Defaults::encodingsPopUp.get())
+            : Encodings::none;
+    auto decoded = decodeDocument(file->bytes(), preferred);
     if (!decoded) {
         fail(error, path + ": the bytes are in no encoding that decodes them whole");
         return nullptr;

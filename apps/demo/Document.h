@@ -2,7 +2,8 @@
 // text back as the file had it.
 //
 // Opening decodes the file the framework's way (DecodedText.h): in the encoding the file declares
-// if its bytes decode in it, else in the detected one, remembering the byte-order mark. Saving
+// if its bytes decode in it, else in the detected one, remembering the byte-order mark. With
+// "AlwaysUseTextEncoding" on, the encoding numbered "EncodingsPopUp" comes first. Saving
 // writes the text back in that encoding with that mark, replacing the file whole
 // (FileReplacement.h), so an unchanged document saves byte for byte and a failed save leaves the
 // file as it was.

@@ -68,6 +68,9 @@ MainWindow::MainWindow(QWidget* parent)
     themeChanged_ =
         Notifications().addObserver(NotificationName::themeChanged().rawValue(), nullptr,
                                     [this](const Notification&) { applyThemeColors(); });
+    tabWidthChanged_ =
+        Notifications().addObserver(NotificationName::tabWidthChanged().rawValue(), nullptr,
+                                    [this](const Notification&) { editor_->applyTabWidth(); });
     applyThemeColors();
     documentChanged();
     resize(1100, 720);

@@ -59,6 +59,7 @@ class MainWindow : public QMainWindow {
     StatusLine* statusLine_;
     CommandRunner* commands_ = nullptr;
     Connection themeChanged_;
+    Connection tabWidthChanged_;
 };
 
 }  // namespace quod::demo

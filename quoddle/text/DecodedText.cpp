@@ -76,6 +76,14 @@ std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes) {
     return decodeAs(bytes, detected, true);
 }
 
+std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes,
+                                          EncodingNumber preferred) {
+    if (preferred != Encodings::none && !bytes.empty()) {
+        if (auto decoded = decodeAs(bytes, preferred, false)) return decoded;
+    }
+    return decodeDocument(bytes);
+}
+
 bool writeDocument(const TextStorage& text, EncodingNumber encoding,
                    std::span<const std::uint8_t> byteOrderMark, const ByteSink& write) {
     if (encoding != Encodings::utf8) {

@@ -38,6 +38,11 @@ struct DecodedText {
 };
 
 [[nodiscard]] std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes);
+// The user's chosen encoding first ("open documents with this encoding"): `preferred` when the
+// bytes decode whole in it, else the choice above, so a file the choice cannot read still opens.
+// `Encodings::none` as `preferred` is the plain `decodeDocument`.
+[[nodiscard]] std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes,
+                                                        EncodingNumber preferred);
 
 using ByteSink = std::function<void(std::span<const std::uint8_t>)>;
 

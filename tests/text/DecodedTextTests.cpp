@@ -69,6 +69,29 @@ TEST(DecodedText, DeclaredEncodingWinsWhenTheBytesFitIt) {
     expectRoundTrip(latin1, detected->encoding);
 }
 
+TEST(DecodedText, APreferredEncodingDecidesWhenTheBytesFitIt) {
+    // UTF-8 bytes read as Latin-1 when the user asks for Latin-1: every byte is a character there.
+    const std::string utf8 =
+        "Gr\xC3\xBC\xC3\x9F"
+        "e\n";
+    const auto latin1 = decodeDocument(bytesOf(utf8), Encodings::isoLatin1);
+    ASSERT_TRUE(latin1);
+    EXPECT_EQ(latin1->encoding, Encodings::isoLatin1);
+    EXPECT_EQ(latin1->storage.string(), u"Gr\u00C3\u00BC\u00C3\u009Fe\n");
+
+    // Latin-1 bytes are no UTF-8: the preference gives way to detection instead of failing.
+    const std::string notUtf8 =
+        "Stra\xDF"
+        "e in K\xF6ln, sch\xF6ne Gr\xFC\xDF"
+        "e\n";
+    const auto fallback = decodeDocument(bytesOf(notUtf8), Encodings::utf8);
+    ASSERT_TRUE(fallback);
+    EXPECT_NE(fallback->encoding, Encodings::utf8);
+
+    // No preference is the plain decision.
+    EXPECT_EQ(decodeDocument(bytesOf(utf8), Encodings::none)->encoding, Encodings::utf8);
+}
+
 TEST(DecodedText, ByteOrderMarksAreKeptOutOfTheTextAndWrittenBack) {
     const std::string utf8 = "\xEF\xBB\xBFna\xC3\xAFve\r\n";
     const auto decoded = decodeDocument(bytesOf(utf8));
