@@ -50,7 +50,9 @@ GeneralPane::GeneralPane(QWidget* parent)
       alwaysUseTextEncoding_(boundCheckBox(Localize::openDocumentWithTextEncoding(),
                                            Defaults::alwaysUseTextEncoding,
                                            NotificationName::updateStatusBar(), this)),
-      encodings_(new QComboBox(this)) {
+      encodings_(new QComboBox(this)),
+      resume_(boundCheckBox(Localize::resume(), Defaults::resume,
+                            NotificationName::resumeChanged(), this)) {
     tabWidth_->setObjectName("tabWidth");
     tabWidth_->setRange(1, 64);
     tabWidth_->setValue(tabWidthPreference());
@@ -89,6 +91,7 @@ GeneralPane::GeneralPane(QWidget* parent)
     form->addRow(label(Localize::lines()), lineEndings_);
     form->addRow(QString(), alwaysUseTextEncoding_);
     form->addRow(label(Localize::encoding()), encodings_);
+    form->addRow(QString(), resume_);
 }
 
 QString GeneralPane::tabLabel() const {

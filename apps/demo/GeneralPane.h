@@ -5,7 +5,9 @@
 // moment the user changes it; the editor hears of it through a notification:
 //   - "TabWidth" (1 to 64) and "IndentWithSpaces": "TabWidthChanged";
 //   - "ConvertLineEndings" and "LineEndings" (0 LF, 1 CR LF, 2 CR), "AlwaysUseTextEncoding" and
-//     "EncodingsPopUp" (an encoding number): "UpdateStatusBar".
+//     "EncodingsPopUp" (an encoding number): "UpdateStatusBar";
+//   - "Resume" (reopen the windows at the next launch): "ResumeChanged", which every open window
+//     follows at once.
 // A stored line ending or encoding the lists do not know selects nothing and is kept until the user
 // picks another.
 #pragma once
@@ -33,6 +35,7 @@ class GeneralPane : public PreferenceTabViewController, public PreferenceTabType
     [[nodiscard]] QComboBox& lineEndings() { return *lineEndings_; }
     [[nodiscard]] QCheckBox& alwaysUseTextEncoding() { return *alwaysUseTextEncoding_; }
     [[nodiscard]] QComboBox& encodings() { return *encodings_; }
+    [[nodiscard]] QCheckBox& resume() { return *resume_; }
 
   private:
     QSpinBox* tabWidth_;
@@ -41,6 +44,7 @@ class GeneralPane : public PreferenceTabViewController, public PreferenceTabType
     QComboBox* lineEndings_;
     QCheckBox* alwaysUseTextEncoding_;
     QComboBox* encodings_;
+    QCheckBox* resume_;
 };
 
 }  // namespace quod::demo
