@@ -54,6 +54,7 @@ class TextViewWidget : public QAbstractScrollArea {
 
     // Tab stops every `columns` spaces of the font.
     void setTabWidth(int columns);
+    [[nodiscard]] int tabWidth() const { return tabColumns_; }
 
     // --- Geometry, in viewport coordinates (the gutter and tests use these) ---
     [[nodiscard]] qreal lineHeight() const { return lineHeight_; }

@@ -1,0 +1,133 @@
+// The demo's preferences: each pane writes the standard store and tells the editor at once, the
+// destructive actions ask first (and stop asking once told so), and the preferences window drives
+// a visible change in the editor.
+#include <QSignalSpy>
+#include <QTest>
+
+#include "demo/GeneralPane.h"
+#include "demo/MainWindow.h"
+#include "demo/ThemeMenu.h"
+#include "demo/ThemesPane.h"
+#include "quoddle/interface/NotificationName.h"
+#include "quoddle/preferences/Color.h"
+#include "quoddle/preferences/Defaults.h"
+#include "quoddle/preferences/UserDefaults.h"
+#include "quoddle/qt/MainLoopBridge.h"
+#include "quoddle/runtime/NotificationCenter.h"
+
+using quod::Notification;
+using quod::NotificationName;
+using quod::Notifications;
+using quod::UserDefaults;
+using quod::demo::GeneralPane;
+using quod::demo::MainWindow;
+using quod::demo::ThemeMenu;
+using quod::demo::ThemesPane;
+namespace Defaults = quod::Defaults;
+
+namespace {
+
+// Counts the posts of one notification while it lives.
+class PostCounter {
+  public:
+    explicit PostCounter(const NotificationName& name)
+        : connection_(Notifications().addObserver(name.rawValue(), nullptr,
+                                                  [this](const Notification&) { ++count_; })) {}
+    [[nodiscard]] int count() const { return count_; }
+
+  private:
+    int count_ = 0;
+    quod::Connection connection_;
+};
+
+QColor editorBackgroundPixel(MainWindow& window) {
+    QWidget* viewport = window.editorArea().textView().viewport();
+    const QImage image = viewport->grab().toImage();
+    return image.pixelColor(image.width() - 3, image.height() - 3);
+}
+
+QColor themeBackground() {
+    const quod::Color color = *quod::Color::forKey(Defaults::Key::Color::background)
+                                   .usingColorSpace(quod::ColorSpace::sRGB);
+    return QColor::fromRgbF(static_cast<float>(color.redComponent()),
+                            static_cast<float>(color.greenComponent()),
+                            static_cast<float>(color.blueComponent()));
+}
+
+bool closeTo(const QColor& actual, const QColor& expected) {
+    return std::abs(actual.red() - expected.red()) <= 1 &&
+           std::abs(actual.green() - expected.green()) <= 1 &&
+           std::abs(actual.blue() - expected.blue()) <= 1;
+}
+
+}  // namespace
+
+class DemoPreferencesTests : public QObject {
+    Q_OBJECT
+
+    quod::MainLoopBridge bridge_;
+
+  private Q_SLOTS:
+    void init() { UserDefaults::setStandard(UserDefaults::inMemory()); }
+
+    void theGeneralPaneStoresEachChangeAndTheEditorFollowsTheTabWidth() {
+        MainWindow window;
+        GeneralPane pane;
+        // Showing the stored values writes nothing back.
+        QVERIFY(!UserDefaults::standard()->objectForKey("TabWidth").has_value());
+        QVERIFY(!UserDefaults::standard()->objectForKey("LineEndings").has_value());
+
+        PostCounter tabWidthChanged(NotificationName::tabWidthChanged());
+        pane.tabWidth().setValue(8);
+        QCOMPARE(Defaults::tabWidth.get(), 8);
+        QCOMPARE(tabWidthChanged.count(), 1);
+        QCOMPARE(window.editorArea().textView().tabWidth(), 8);
+
+        pane.indentWithSpaces().click();
+        QVERIFY(Defaults::indentWithSpaces.get());
+        QCOMPARE(tabWidthChanged.count(), 2);
+
+        PostCounter statusChanged(NotificationName::updateStatusBar());
+        const int crlf = pane.lineEndings().findText("CR LF");
+        pane.lineEndings().setCurrentIndex(crlf);
+        Q_EMIT pane.lineEndings().activated(crlf);
+        QCOMPARE(Defaults::lineEndings.get(), 1);
+        QCOMPARE(statusChanged.count(), 1);
+
+        PostCounter resumeChanged(NotificationName::resumeChanged());
+        pane.resume().click();
+        QVERIFY(Defaults::resume.get());
+        // The platform's own key follows, so that both readers agree.
+        QVERIFY(UserDefaults::standard()->boolForKey("NSQuitAlwaysKeepsWindows"));
+        QCOMPARE(resumeChanged.count(), 1);
+    }
+
+    void theGeneralPaneShowsAStoredEncodingAndLeavesAnUnknownOneAlone() {
+        Defaults::encodingsPopUp.set(5);  // ISO Latin 1
+        Defaults::lineEndings.set(7);     // no such line ending
+        GeneralPane pane;
+        QCOMPARE(pane.encodings().currentData().toLongLong(), 5);
+        QCOMPARE(pane.lineEndings().currentIndex(), -1);
+        QCOMPARE(Defaults::lineEndings.get(), 7);
+    }
+
+    void choosingAThemeInThePaneRepaintsTheEditorAndTheMenuFollowsBack() {
+        MainWindow window;
+        window.show();
+        ThemesPane pane;
+        const QColor before = editorBackgroundPixel(window);
+        pane.themes().setCurrentRow(2);
+        QCOMPARE(Defaults::currentTheme.get(), 2);
+        QVERIFY(closeTo(editorBackgroundPixel(window), themeBackground()));
+        QVERIFY(!closeTo(editorBackgroundPixel(window), before));
+
+        // A theme applied elsewhere moves the pane's selection without applying anything again.
+        PostCounter themeChanged(NotificationName::themeChanged());
+        ThemeMenu::applyTheme(quod::Theme::City::helsinki);
+        QCOMPARE(themeChanged.count(), 1);
+        QCOMPARE(pane.themes().currentRow(), 3);
+    }
+};
+
+QTEST_MAIN(DemoPreferencesTests)
+#include "DemoPreferencesTests.moc"
