@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "quoddle/interface/Accessibility.h"
-#include "quoddle/interface/InterfaceLook.h"
 #include "quoddle/interface/ViewRules.h"
 #include "quoddle/preferences/Appearance.h"
 #include "quoddle/preferences/UserDefaults.h"
@@ -56,12 +55,6 @@ TEST_F(AccessibilityTest, AlphaIsOpaqueWhenTransparencyOrLowContrastWouldHurt) {
     store->setBool(Interface::increaseContrastKey, true);
     EXPECT_TRUE(Interface::contrast());
     EXPECT_EQ(Interface::alpha(0.8), 1.0);
-
-    // The platform's coercions apply to what is stored: "YES" is true.
-    store->setObject(Interface::increaseContrastKey, PlistValue("YES"));
-    EXPECT_TRUE(Interface::contrast());
-    store->setObject(Interface::increaseContrastKey, PlistValue(PlistArray{}));
-    EXPECT_FALSE(Interface::contrast());
 }
 
 TEST_F(AccessibilityTest, StoredChoiceWinsOverTheDesktop) {
@@ -130,13 +123,6 @@ TEST(ViewRules, CentredTitleRectSplitsTheSpareHeight) {
     EXPECT_EQ(Interface::centeredTitleRect(title, 20), title);
     // Too tall: it starts above the rectangle by half the excess.
     EXPECT_EQ(Interface::centeredTitleRect(title, 30), (Rect{{4, 5}, {80, 30}}));
-}
-
-TEST(InterfaceLook, FlatUntilTheHostAsksForClassic) {
-    EXPECT_EQ(Interface::look(), InterfaceLook::flat);
-    Interface::setLook(InterfaceLook::classic);
-    EXPECT_EQ(Interface::look(), InterfaceLook::classic);
-    Interface::setLook(InterfaceLook::flat);
 }
 
 }  // namespace
