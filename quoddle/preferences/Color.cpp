@@ -1,5 +1,6 @@
 #include "quoddle/preferences/Color.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "quoddle/base/Precondition.h"
@@ -121,6 +122,24 @@ std::optional<Color> Color::usingColorSpace(ColorSpace space) const {
     QUOD_PRECONDITION(isRGBSpace(space), "colours convert only to an RGB space");
     if (space_ == ColorSpace::pattern) return std::nullopt;
     return Color(space, effectiveComponents());
+}
+
+std::optional<Color> Color::blended(double level, double target) const {
+    if (space_ == ColorSpace::pattern) return std::nullopt;
+    // `!(level > 0)` also catches NaN, which would otherwise poison every component.
+    const double fraction = !(level > 0) ? 0.0 : std::min(level, 1.0);
+    Components result = effectiveComponents();
+    for (size_t i = 0; i < 3; ++i)
+        result[i] += (target - result[i]) * fraction;
+    return Color(space_ == ColorSpace::system ? ColorSpace::sRGB : space_, result);
+}
+
+std::optional<Color> Color::highlight(double level) const {
+    return blended(level, 1.0);
+}
+
+std::optional<Color> Color::shadow(double level) const {
+    return blended(level, 0.0);
 }
 
 double Color::redComponent() const {

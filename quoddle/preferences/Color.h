@@ -82,6 +82,15 @@ class Color {
     // This colour in `space`, which must be one of the three RGB spaces; no value for a pattern.
     [[nodiscard]] std::optional<Color> usingColorSpace(ColorSpace space) const;
 
+    // This colour blended toward white (`highlight`) or black (`shadow`) by `level`: 0 leaves it,
+    // 1 gives white or black, each of red, green and blue moving that fraction of the way; alpha is
+    // kept. A level outside 0 to 1 is clamped (NaN counts as 0). A gray colour stays gray, an RGB
+    // colour keeps its space, a system colour is resolved for the current appearance into sRGB.
+    // No value for a pattern, which has no components to blend.
+    //   Color::withRed(0.25, 0.5, 0.75, 0.5).highlight(0.5)  // (0.625, 0.75, 0.875, 0.5)
+    [[nodiscard]] std::optional<Color> highlight(double level) const;
+    [[nodiscard]] std::optional<Color> shadow(double level) const;
+
     // Components of an RGB colour; asking another colour is a programming error (convert first).
     [[nodiscard]] double redComponent() const;
     [[nodiscard]] double greenComponent() const;
@@ -106,6 +115,8 @@ class Color {
     [[nodiscard]] bool isRGB() const;
     // The components that apply now: a system colour's value for the current appearance.
     [[nodiscard]] const Components& effectiveComponents() const;
+    // Each of red, green and blue moved `level` of the way to `target` (0 or 1).
+    [[nodiscard]] std::optional<Color> blended(double level, double target) const;
 
     ColorSpace space_;
     Components components_;  // RGBA; gray keeps {white, white, white, alpha}; system: light value

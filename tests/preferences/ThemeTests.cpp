@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "PreferencesTestSupport.h"
 #include "quoddle/preferences/Appearance.h"
 #include "quoddle/preferences/Color.h"
@@ -72,6 +74,30 @@ TEST_F(PreferencesTest, StoredFormConvertsToRGBOrFallsBack) {
     const Color color = Color::withDeviceRed(0.2, 0.4, 0.6, 0.8);
     store->setObject("KeywordsColour", color.defaultsArray(ColorKey::keyword));
     EXPECT_EQ(Color::forKey(ColorKey::keyword), Color::withRed(0.2, 0.4, 0.6, 0.8));
+}
+
+TEST_F(PreferencesTest, HighlightAndShadowBlendTowardWhiteAndBlack) {
+    const Color color = Color::withDeviceRed(0.25, 0.5, 0.75, 0.5);
+    EXPECT_EQ(color.highlight(0.5), Color::withDeviceRed(0.625, 0.75, 0.875, 0.5));
+    EXPECT_EQ(color.shadow(0.5), Color::withDeviceRed(0.125, 0.25, 0.375, 0.5));
+    EXPECT_EQ(color.highlight(0), color);
+    EXPECT_EQ(color.shadow(1), Color::withDeviceRed(0, 0, 0, 0.5));
+    // Levels beyond the ends stop at white or black rather than overshooting.
+    EXPECT_EQ(color.highlight(3), Color::withDeviceRed(1, 1, 1, 0.5));
+    EXPECT_EQ(color.shadow(-2), color);
+    EXPECT_EQ(color.shadow(std::nan("")), color);
+    EXPECT_EQ(Color::withWhite(0.5, 1).shadow(0.5), Color::withWhite(0.25, 1));
+    EXPECT_EQ(Color::withPatternImage("paper").highlight(0.2), std::nullopt);
+
+    // A system colour blends the value of the appearance current at the time of asking.
+    Color::setSystemColor(SystemColor::grid, false, {0.5, 0.5, 0.5, 1.0});
+    Color::setSystemColor(SystemColor::grid, true, {0.0, 0.25, 0.5, 0.8});
+    const Color grid = Color::gridColor();
+    EXPECT_EQ(components(*grid.highlight(0.5)), (PlistArray{0.75, 0.75, 0.75, 1.0}));
+    setAppearance(PlatformAppearance::darkAquaName);
+    EXPECT_EQ(components(*grid.highlight(0.5)), (PlistArray{0.5, 0.625, 0.75, 0.8}));
+    EXPECT_EQ(components(*grid.shadow(0.5)), (PlistArray{0.0, 0.125, 0.25, 0.8}));
+    setAppearance(PlatformAppearance::aquaName);
 }
 
 TEST_F(PreferencesTest, BuiltInThemes) {

@@ -1,0 +1,19 @@
+// A tab's content background: the window background colour, filled with the painter's current
+// composition mode. Colours follow the application palette (QtPlatform).
+#pragma once
+
+#include <QWidget>
+
+namespace quod {
+
+class TabView : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit TabView(QWidget* parent = nullptr);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+}  // namespace quod
