@@ -51,8 +51,8 @@ GeneralPane::GeneralPane(QWidget* parent)
                                            Defaults::alwaysUseTextEncoding,
                                            NotificationName::updateStatusBar(), this)),
       encodings_(new QComboBox(this)),
-      resume_(boundCheckBox(Localize::resume(), Defaults::resume,
-                            NotificationName::resumeChanged(), this)) {
+      resume_(boundCheckBox(Localize::resume(), Defaults::resume, NotificationName::resumeChanged(),
+                            this)) {
     tabWidth_->setObjectName("tabWidth");
     tabWidth_->setRange(1, 64);
     tabWidth_->setValue(tabWidthPreference());

@@ -4,6 +4,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include "demo/CommandsPane.h"
 #include "demo/GeneralPane.h"
 #include "demo/MainWindow.h"
 #include "demo/ThemeMenu.h"
@@ -14,12 +15,15 @@
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/runtime/NotificationCenter.h"
+#include "tests/support/AlertAnswers.h"
 
 using quod::Notification;
 using quod::NotificationName;
 using quod::Notifications;
 using quod::UserDefaults;
+using quod::demo::CommandsPane;
 using quod::demo::GeneralPane;
+using namespace quod::testing::AlertAnswers;
 using quod::demo::MainWindow;
 using quod::demo::ThemeMenu;
 using quod::demo::ThemesPane;
@@ -126,6 +130,44 @@ class DemoPreferencesTests : public QObject {
         ThemeMenu::applyTheme(quod::Theme::City::helsinki);
         QCOMPARE(themeChanged.count(), 1);
         QCOMPARE(pane.themes().currentRow(), 3);
+    }
+
+    void commandsAreStoredOnEveryEditAndDeletingAsksUntilToldNotTo() {
+        Defaults::commands.set({quod::Command("List", "ls -l", false, true, false)});
+        CommandsPane pane;
+        QCOMPARE(pane.editor().table().rowCount(), 1);
+        QCOMPARE(pane.editor().table().item(0, 1)->text(), QString("ls -l"));
+        QCOMPARE(pane.editor().table().item(0, 3)->checkState(), Qt::Checked);
+
+        PostCounter commandsChanged(NotificationName::commandsChanged());
+        pane.editor().addButton().click();
+        QCOMPARE(Defaults::commands.get().size(), 2u);
+        pane.editor().table().item(1, 1)->setText("date");
+        pane.editor().table().item(1, 2)->setCheckState(Qt::Checked);
+        const auto stored = Defaults::commands.get();
+        QCOMPARE(stored.size(), 2u);
+        QCOMPARE(stored[0].text(), std::string("ls -l"));  // stored order is kept
+        QCOMPARE(stored[1].text(), std::string("date"));
+        QVERIFY(stored[1].isInline());
+        QCOMPARE(commandsChanged.count(), 3);
+
+        // Cancel keeps the command, whatever the box says, and records no suppression.
+        pane.editor().table().setCurrentCell(0, 0);
+        press("Cancel");
+        pane.editor().deleteButton().click();
+        QCOMPARE(Defaults::commands.get().size(), 2u);
+        QVERIFY(!UserDefaults::standard()->boolForKey(CommandsPane::deleteSuppressionKey));
+
+        // Delete with "don't ask again" ticked: gone, and the next deletion asks nothing.
+        press("Delete", Suppression::tick);
+        pane.editor().deleteButton().click();
+        QCOMPARE(Defaults::commands.get().size(), 1u);
+        QVERIFY(UserDefaults::standard()->boolForKey(CommandsPane::deleteSuppressionKey));
+        pane.editor().table().setCurrentCell(0, 0);
+        pane.editor().deleteButton().click();
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QVERIFY(Defaults::commands.get().empty());
+        QCOMPARE(commandsChanged.count(), 5);
     }
 };
 

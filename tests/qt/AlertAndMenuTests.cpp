@@ -16,40 +16,12 @@
 #include "quoddle/qt/Alert.h"
 #include "quoddle/qt/MainMenuLocalization.h"
 #include "quoddle/runtime/Localize.h"
+#include "tests/support/AlertAnswers.h"
 
 using namespace quod;
+using namespace quod::testing::AlertAnswers;
 
 namespace {
-
-// Answers the next alert once it is up and modal: `answer` looks at the box and presses a button.
-void whenAlertShows(std::function<void(QMessageBox&)> answer) {
-    auto* poll = new QTimer;
-    QObject::connect(poll, &QTimer::timeout, [poll, answer = std::move(answer)] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box == nullptr || !box->isVisible()) return;
-        poll->stop();
-        poll->deleteLater();
-        answer(*box);
-    });
-    poll->start(10);
-}
-
-QAbstractButton* buttonTitled(QMessageBox& box, const QString& title) {
-    for (QAbstractButton* button : box.buttons()) {
-        if (button->text() == title) return button;
-    }
-    return nullptr;
-}
-
-// Presses the button titled `title`, ticking the suppression box first when `tick`.
-void press(const QString& title, bool tick = false) {
-    whenAlertShows([title, tick](QMessageBox& box) {
-        if (tick) box.checkBox()->setChecked(true);
-        QAbstractButton* button = buttonTitled(box, title);
-        QVERIFY(button != nullptr);
-        button->click();
-    });
-}
 
 ModalResponse threeButtonAlert(const std::optional<std::string>& suppression = std::nullopt) {
     return Interface::alert("Replace?", "It exists.", "Replace", "Keep Both", "Stop", suppression);
@@ -130,11 +102,11 @@ class AlertAndMenuTests : public QObject {
     }
 
     void suppressionIsStoredOnlyWhenTicked() {
-        press(QStringLiteral("Keep Both"), true);
+        press(QStringLiteral("Keep Both"), Suppression::tick);
         QCOMPARE(threeButtonAlert("SkipReplace"), ModalResponse::alertSecondButtonReturn);
         QCOMPARE(store_->objectForKey("SkipReplace"), std::optional<PlistValue>(true));
 
-        press(QStringLiteral("Replace"), true);
+        press(QStringLiteral("Replace"), Suppression::tick);
         QCOMPARE(threeButtonAlert("SkipAgain"), ModalResponse::alertFirstButtonReturn);
         QVERIFY(store_->boolForKey("SkipAgain"));
 

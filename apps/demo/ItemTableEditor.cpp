@@ -1,0 +1,114 @@
+#include "demo/ItemTableEditor.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+#include "quoddle/preferences/UserDefaults.h"
+#include "quoddle/qt/Alert.h"
+#include "quoddle/runtime/Localize.h"
+
+namespace quod::demo {
+
+ItemTableEditor::ItemTableEditor(std::vector<ItemColumn> columns, Row newRow,
+                                 std::string deleteMessage, std::string suppressionKey,
+                                 QWidget* parent)
+    : QWidget(parent),
+      columns_(std::move(columns)),
+      newRow_(std::move(newRow)),
+      deleteMessage_(std::move(deleteMessage)),
+      suppressionKey_(std::move(suppressionKey)),
+      table_(new QTableWidget(0, static_cast<int>(columns_.size()), this)),
+      add_(new QPushButton(QString::fromStdString(Localize::add()), this)),
+      delete_(new QPushButton(QString::fromStdString(Localize::deleteString()), this)) {
+    QStringList titles;
+    for (const ItemColumn& column : columns_)
+        titles << column.title;
+    table_->setObjectName("items");
+    table_->setHorizontalHeaderLabels(titles);
+    table_->horizontalHeader()->setStretchLastSection(true);
+    table_->verticalHeader()->hide();
+    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_->setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(table_, &QTableWidget::itemChanged, this, [this] {
+        if (!filling_) Q_EMIT edited();
+    });
+    add_->setObjectName("add");
+    delete_->setObjectName("delete");
+    connect(add_, &QPushButton::clicked, this, &ItemTableEditor::addRow);
+    connect(delete_, &QPushButton::clicked, this, &ItemTableEditor::deleteCurrentRow);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(add_);
+    buttons->addWidget(delete_);
+    buttons->addStretch();
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(table_);
+    layout->addLayout(buttons);
+}
+
+void ItemTableEditor::setRows(const std::vector<Row>& rows) {
+    table_->setRowCount(static_cast<int>(rows.size()));
+    for (int row = 0; row < static_cast<int>(rows.size()); ++row)
+        fillRow(row, rows[row]);
+}
+
+std::vector<ItemTableEditor::Row> ItemTableEditor::rows() const {
+    std::vector<Row> rows;
+    for (int row = 0; row < table_->rowCount(); ++row) {
+        Row values;
+        for (int column = 0; column < static_cast<int>(columns_.size()); ++column) {
+            const QTableWidgetItem* item = table_->item(row, column);
+            if (columns_[column].kind == ItemColumn::Kind::checkBox) {
+                values << (item != nullptr && item->checkState() == Qt::Checked);
+            } else {
+                values << (item != nullptr ? item->text() : QString());
+            }
+        }
+        rows.push_back(values);
+    }
+    return rows;
+}
+
+void ItemTableEditor::addRow() {
+    const int row = table_->rowCount();
+    table_->insertRow(row);
+    fillRow(row, newRow_);
+    table_->setCurrentCell(row, 0);
+    Q_EMIT edited();
+    table_->editItem(table_->item(row, 0));
+}
+
+void ItemTableEditor::deleteCurrentRow() {
+    const int row = table_->currentRow();
+    if (row < 0 || !confirmDeletion()) return;
+    table_->removeRow(row);
+    Q_EMIT edited();
+}
+
+void ItemTableEditor::fillRow(int row, const Row& values) {
+    filling_ = true;
+    for (int column = 0; column < static_cast<int>(columns_.size()); ++column) {
+        const QVariant value = column < values.size() ? values[column] : QVariant();
+        auto* item = new QTableWidgetItem;
+        if (columns_[column].kind == ItemColumn::Kind::checkBox) {
+            item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
+            item->setCheckState(value.toBool() ? Qt::Checked : Qt::Unchecked);
+        } else {
+            item->setText(value.toString());
+        }
+        table_->setItem(row, column, item);
+    }
+    filling_ = false;
+}
+
+bool ItemTableEditor::confirmDeletion() {
+    // Clients read the suppression themselves: the alert only records it.
+    if (UserDefaults::standard()->boolForKey(suppressionKey_)) return true;
+    const auto response = Interface::alert(deleteMessage_, Localize::youCantUndoThisAction(),
+                                           Localize::deleteString(), Localize::cancel(),
+                                           std::nullopt, suppressionKey_);
+    return response == ModalResponse::alertFirstButtonReturn;
+}
+
+}  // namespace quod::demo
