@@ -47,7 +47,7 @@ TEST(GeometryText, ReadsOddTextQuietly) {
         {"", {}},
         {"no numbers at all", {}},
         {"{{-, -}, {x, 7}}", {{7, 0}, {0, 0}}},      // a lone minus is no number
-        {"{{+5, .5}, {3, 4}}", {{5, 5}, {3, 4}}},    // "+" and "." do not start a number
+        {"{{+5,.5},{3,4}}", {{5, 5}, {3, 4}}},       // "+" and "." do not start a number
         {"1 2 3 4 5 6", {{1, 2}, {3, 4}}},           // extra numbers are ignored
         {"{{1e999, 2}, {3, 4}}", {{0, 2}, {3, 4}}},  // out of range reads as 0
     };
