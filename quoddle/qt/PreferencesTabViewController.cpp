@@ -113,7 +113,7 @@ void PreferencesTabViewController::viewDidLoad() {
 }
 
 void PreferencesTabViewController::viewDidAppear() {
-    if (selected_ < 0 || selected_ >= int(items_.size()) || isWindow()) return;
+    if (selected_ < 0 || selected_ >= int(items_.size())) return;
     window()->setWindowTitle(items_[std::size_t(selected_)].label);
 }
 
@@ -123,7 +123,7 @@ void PreferencesTabViewController::tabViewDidSelect(int index) {
     Defaults::preferencesTab.set(index);
     if (auto* control = controller->touchBarTabSegmentedControl())
         control->setSelectedSegment(index);
-    if (!isWindow()) window()->setWindowTitle(items_[std::size_t(index)].label);
+    window()->setWindowTitle(items_[std::size_t(index)].label);
     // The window has its new size by now; the delay keeps the store out of a burst of clicks.
     Delay(0.4, [self = QPointer<PreferencesTabViewController>(this)] {
         if (self && !self->isWindow()) {

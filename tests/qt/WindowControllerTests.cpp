@@ -397,7 +397,9 @@ class WindowControllerTests : public QObject {
         WindowRestoration::setRestorable(*unrestorable->window(), false);
         showNote("closed", {70, 80, 200, 100})->window()->close();
 
-        WindowRestoration::saveWindows();
+        // Saved as the application quits (the signal alone: the test goes on).
+        WindowRestoration::saveWindowsAtQuit();
+        QVERIFY(QMetaObject::invokeMethod(QCoreApplication::instance(), "aboutToQuit"));
         auto saved = UserDefaults::standard()->arrayForKey(WindowRestoration::savedWindowsKey);
         QVERIFY(saved);
         QCOMPARE(saved->size(), std::size_t{2});
