@@ -34,10 +34,18 @@ class PreferenceTabViewController : public QWidget {
 
     // No size (0 × 0) until the pane first appears.
     [[nodiscard]] QSize preferredContentSize() const { return preferredContentSize_; }
-    void setPreferredContentSize(QSize size) { preferredContentSize_ = size; }
+    // Tells preferredContentSizeChanged every time, also when the size stays the same, so that
+    // each appearance sizes the window again.
+    void setPreferredContentSize(QSize size) {
+        preferredContentSize_ = size;
+        Q_EMIT preferredContentSizeChanged(size);
+    }
 
     // Overrides call this first.
     virtual void viewWillAppear();
+
+  Q_SIGNALS:
+    void preferredContentSizeChanged(QSize size);
 
   protected:
     void showEvent(QShowEvent* event) override;

@@ -1,0 +1,120 @@
+#include "quoddle/qt/PreferencesWindowController.h"
+
+#include <QMainWindow>
+#include <limits>
+
+#include "quoddle/preferences/Defaults.h"
+#include "quoddle/qt/Storyboard.h"
+#include "quoddle/qt/WindowFrame.h"
+#include "quoddle/runtime/Localize.h"
+
+namespace quod {
+
+PreferencesWindowController::PreferencesWindowController(PreferencesTabViewController* tabs) {
+    if (tabs) setContentViewController(tabs);
+}
+
+PreferencesTabViewController* PreferencesWindowController::tabViewController() const {
+    return qobject_cast<PreferencesTabViewController*>(contentViewController());
+}
+
+void PreferencesWindowController::windowDidLoad() {
+    WindowController::windowDidLoad();
+    setSingleton(Singleton::WindowController::preferences);
+    QWidget* window = this->window();
+    if (!window) return;
+    if (const auto frame = Defaults::preferencesFrame.get()) WindowFrame::apply(*window, *frame);
+    registerRestorationClass();
+    WindowRestoration::setRestorationClass(*window, restorationClassIdentifier);
+    window->setWindowTitle(QString::fromStdString(Localize::preferences()));
+    if (auto* tabs = tabViewController()) {
+        tabs->loadViewIfNeeded();
+        tabs->setTransitionOptions(PreferencesTabViewController::allowUserInteraction);
+        const int64_t stored = Defaults::preferencesTab.get();
+        if (stored >= 0 && stored <= std::numeric_limits<int>::max()) {
+            tabs->setSelectedTabViewItemIndex(int(stored));
+        }
+    }
+    makeTouchBar();
+}
+
+void PreferencesWindowController::windowDidMove() {
+    if (window()) Defaults::preferencesFrame.set(WindowFrame::text(*window()));
+}
+
+void PreferencesWindowController::switchTab(SegmentedControl* sender) {
+    if (!sender) return;
+    Defaults::preferencesTab.set(sender->selectedSegment());
+    if (auto* tabs = tabViewController()) {
+        const int64_t stored = Defaults::preferencesTab.get();
+        if (stored >= 0 && stored <= std::numeric_limits<int>::max()) {
+            tabs->setSelectedTabViewItemIndex(int(stored));
+        }
+    }
+}
+
+QToolBar* PreferencesWindowController::makeTouchBar() {
+    delete touchBar_.data();
+    delete tabControl_.data();
+    auto* bar = new QToolBar(window());
+    bar->setObjectName(QStringLiteral("PreferencesTouchBar"));
+    bar->setMovable(false);
+    bar->setFloatable(false);
+    if (QWidget* item = makeTouchBarItem(tabSegmentedControlIdentifier)) bar->addWidget(item);
+    if (auto* mainWindow = qobject_cast<QMainWindow*>(window())) {
+        mainWindow->addToolBar(Qt::TopToolBarArea, bar);
+    } else {
+        bar->hide();  // nowhere to show it; the control still follows the selection
+    }
+    touchBar_ = bar;
+    return bar;
+}
+
+QWidget* PreferencesWindowController::makeTouchBarItem(std::string_view identifier) {
+    if (identifier != tabSegmentedControlIdentifier) return nullptr;
+    auto* control = new SegmentedControl();
+    if (const auto* tabs = tabViewController()) {
+        for (const auto& item : tabs->tabViewItems())
+            control->addSegment(item.label, item.image);
+    }
+    connect(control, &SegmentedControl::segmentChosen, this,
+            &PreferencesWindowController::switchTab);
+    tabControl_ = control;
+    updateTouchBarSegmentedControl();
+    return control;
+}
+
+void PreferencesWindowController::updateTouchBarSegmentedControl() {
+    if (!tabControl_) return;
+    const int64_t stored = Defaults::preferencesTab.get();
+    tabControl_->setSelectedSegment(
+        stored >= 0 && stored <= std::numeric_limits<int>::max() ? int(stored) : -1);
+}
+
+void PreferencesWindowController::restoreWindow(
+    std::string_view, const PlistDictionary&,
+    const WindowRestoration::CompletionHandler& completionHandler) {
+    if (!completionHandler) return;
+    auto* controller = qobject_cast<PreferencesWindowController*>(
+        WindowController::controller(Singleton::WindowController::preferences));
+    if (!controller) {
+        auto* storyboard = Storyboard::main();
+        std::unique_ptr<QObject> object =
+            storyboard ? storyboard->instantiateController(restorationClassIdentifier) : nullptr;
+        controller = qobject_cast<PreferencesWindowController*>(object.get());
+        if (!controller) {
+            completionHandler(nullptr, std::nullopt);
+            return;
+        }
+        object.release();  // loading registers it, and the registry owns it
+        controller->loadWindow();
+    }
+    completionHandler(controller->window(), std::nullopt);
+}
+
+void PreferencesWindowController::registerRestorationClass() {
+    if (WindowRestoration::isClassRegistered(restorationClassIdentifier)) return;
+    WindowRestoration::registerClass(std::string(restorationClassIdentifier), &restoreWindow);
+}
+
+}  // namespace quod
