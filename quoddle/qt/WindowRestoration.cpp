@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QPointer>
 #include <QVariant>
+#include <algorithm>
 #include <map>
 
 #include "quoddle/preferences/Defaults.h"
@@ -73,8 +74,19 @@ bool isRestorable(const QWidget& window) {
 }
 
 void saveWindows() {
-    PlistArray saved;
+    // In the order the windows loaded, so that they come back in it; Qt's own list of top-level
+    // widgets has no stable order. Windows without a controller follow.
+    std::vector<QWidget*> windows;
+    for (WindowController* controller : WindowController::retained()) {
+        if (controller->window() != nullptr) windows.push_back(controller->window());
+    }
     for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (std::find(windows.begin(), windows.end(), window) == windows.end()) {
+            windows.push_back(window);
+        }
+    }
+    PlistArray saved;
+    for (QWidget* window : windows) {
         if (!window->isVisible() || !isRestorable(*window)) continue;
         std::string restoration = restorationClass(*window);
         if (restoration.empty()) continue;

@@ -5,7 +5,8 @@
 // preference and keeps it in step. Both live on the widget itself.
 //
 // Saving. `saveWindows()` writes every visible top-level window that takes part to the standard
-// defaults store, in one write, under "SavedWindows": an array of dictionaries
+// defaults store, in one write, under "SavedWindows" (windows of controllers in the order they
+// loaded, so that they come back in it, then any others): an array of dictionaries
 //     Class       the restoration class identifier
 //     Identifier  the window's objectName
 //     Frame       the window's client geometry as rectangle text (WindowFrame.h)
