@@ -4,7 +4,6 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
 
 #include "demo/TextMenus.h"
@@ -12,6 +11,9 @@
 #include "quoddle/filesystem/Url.h"
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Color.h"
+#include "quoddle/qt/Alert.h"
+#include "quoddle/qt/MainMenuLocalization.h"
+#include "quoddle/qt/WindowController.h"
 #include "quoddle/runtime/Localize.h"
 #include "quoddle/runtime/NotificationCenter.h"
 
@@ -73,6 +75,8 @@ MainWindow::MainWindow(QWidget* parent)
                                     [this](const Notification&) { editor_->applyTabWidth(); });
     applyThemeColors();
     documentChanged();
+    // The framework's catalogue translates what it knows of the menus; the rest stays English.
+    Localize::mainMenu(*menuBar());
     resize(1100, 720);
 }
 
@@ -116,6 +120,10 @@ void MainWindow::chooseFolder(const QString& path) {
 
 void MainWindow::addFileMenu() {
     QMenu* menu = menuBar()->addMenu("File");
+    QAction* newWindow = menu->addAction("New Window");
+    newWindow->setObjectName("newWindow");
+    newWindow->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    connect(newWindow, &QAction::triggered, this, &MainWindow::newWindowRequested);
     QAction* open =
         menu->addAction(QString::fromStdString(Localize::open()) + QString::fromUtf8("…"));
     open->setShortcut(QKeySequence::Open);
@@ -129,7 +137,9 @@ void MainWindow::addFileMenu() {
     save->setShortcut(QKeySequence::Save);
     connect(save, &QAction::triggered, this, [this] {
         QString error;
-        if (!saveDocument(&error) && !error.isEmpty()) showError(error);
+        if (!saveDocument(&error) && !error.isEmpty()) {
+            Interface::error(Localize::couldntSaveDocument(), error.toStdString());
+        }
     });
     QAction* saveAs = menu->addAction(QString::fromStdString(Localize::Ellipsis::save()));
     saveAs->setShortcut(QKeySequence::SaveAs);
@@ -138,7 +148,7 @@ void MainWindow::addFileMenu() {
         std::string reason;
         if (path.isEmpty()) return;
         if (!document_->saveAs(path.toStdString(), &reason)) {
-            showError(QString::fromStdString(reason));
+            Interface::error(Localize::couldntSaveDocument(), reason);
         }
         updateTitle();
     });
@@ -149,9 +159,20 @@ void MainWindow::addFileMenu() {
         if (!path.isEmpty()) chooseFolder(path);
     });
     menu->addSeparator();
-    QAction* quit = menu->addAction(QString::fromStdString(Localize::close()));
+    QAction* preferences =
+        menu->addAction(QString::fromStdString(Localize::preferences()) + QString::fromUtf8("…"));
+    preferences->setObjectName("preferences");
+    preferences->setShortcut(QKeySequence::Preferences);
+    connect(preferences, &QAction::triggered, this,
+            [] { WindowController::show(Singleton::WindowController::preferences); });
+    menu->addSeparator();
+    QAction* close = menu->addAction(QString::fromStdString(Localize::close()));
+    close->setShortcut(QKeySequence::Close);
+    connect(close, &QAction::triggered, this, &QWidget::close);
+    // Quitting leaves the windows open, so that they are saved for the next launch ("Resume").
+    QAction* quit = menu->addAction("Quit");
     quit->setShortcut(QKeySequence::Quit);
-    connect(quit, &QAction::triggered, this, &QWidget::close);
+    connect(quit, &QAction::triggered, qApp, &QApplication::quit, Qt::QueuedConnection);
 }
 
 void MainWindow::addViewMenu() {
@@ -184,7 +205,7 @@ void MainWindow::applyThemeColors() {
 }
 
 void MainWindow::showError(const QString& message) {
-    QMessageBox::warning(this, QApplication::applicationDisplayName(), message);
+    Interface::error(message.toStdString(), std::string());
 }
 
 }  // namespace quod::demo

@@ -1,6 +1,9 @@
 // The demo's window: the folder sidebar on the left, the editor (line-number gutter and text view)
 // in the middle, the read-only output of commands below it, the status line at the bottom, and
-// menus for files, the text operations, snippets, commands and themes.
+// menus for files, the text operations, snippets, commands and themes. The File menu also opens
+// the shared preferences window, another window ("New Window", through `newWindowRequested`),
+// closes this one and quits the application with its windows left open (so "Resume" brings them
+// back). Failures to open or save show the framework's error alert.
 //
 // The window always has a document: an untitled one until a file is opened. Opening replaces it
 // (the demo edits one document at a time); a file that cannot be opened leaves the current one.
@@ -43,6 +46,10 @@ class MainWindow : public QMainWindow {
     [[nodiscard]] StatusLine& statusLine() { return *statusLine_; }
     [[nodiscard]] QPlainTextEdit& outputPane() { return *output_; }
     [[nodiscard]] CommandRunner& commandRunner() { return *commands_; }
+
+  Q_SIGNALS:
+    // "New Window" was chosen; whoever manages the windows opens one.
+    void newWindowRequested();
 
   private:
     void addFileMenu();

@@ -7,12 +7,18 @@
 // window opens. --screenshot renders the window into OUT.png and exits, without a display: it
 // picks the offscreen platform unless QT_QPA_PLATFORM names one, and it uses preferences that live
 // only in memory, so a check run neither reads nor changes the user's settings.
+//
+// Otherwise the windows of the last session come back when "Resume" is on (set in the General
+// preferences), as the File menu's Quit left them.
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QStatusBar>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
+#include "demo/DemoStoryboard.h"
+#include "demo/DocumentWindowController.h"
 #include "demo/MainWindow.h"
 #include "demo/Screenshot.h"
 #include "demo/ThemeMenu.h"
@@ -70,19 +76,33 @@ int main(int argc, char** argv) {
         quod::demo::ThemeMenu::applyTheme(*city);
     }
 
-    quod::demo::MainWindow window;
-    if (!documents.isEmpty()) {
-        QString error;
-        if (!window.openDocument(documents.front(), &error)) {
-            if (screenshot) return fail(error, 1);
-            window.statusBar()->showMessage(error);
-        }
-    }
     if (screenshot) {
+        quod::demo::MainWindow window;
+        QString error;
+        if (!documents.isEmpty() && !window.openDocument(documents.front(), &error)) {
+            return fail(error, 1);
+        }
         const QString path = parser.value("screenshot");
         if (!quod::demo::saveScreenshot(window, path)) return fail(path + ": not written", 1);
         return 0;
     }
-    window.show();
+
+    quod::demo::DemoStoryboard::install();
+    quod::WindowRestoration::saveWindowsAtQuit();
+    // With "Resume" on, the windows of the last session come back first; a document named on the
+    // command line, or no window at all, gets a window of its own.
+    quod::WindowRestoration::restoreWindows();
+    const auto windows = quod::WindowController::retained();
+    const bool editorRestored = std::any_of(windows.begin(), windows.end(), [](auto* controller) {
+        return dynamic_cast<quod::demo::DocumentWindowController*>(controller) != nullptr;
+    });
+    if (!documents.isEmpty() || !editorRestored) {
+        auto* controller = quod::demo::DocumentWindowController::open();
+        QString error;
+        if (!documents.isEmpty() &&
+            !controller->mainWindow().openDocument(documents.front(), &error)) {
+            controller->mainWindow().statusBar()->showMessage(error);
+        }
+    }
     return QApplication::exec();
 }

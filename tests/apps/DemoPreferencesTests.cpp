@@ -2,9 +2,12 @@
 // destructive actions ask first (and stop asking once told so), and the preferences window drives
 // a visible change in the editor.
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include "demo/CommandsPane.h"
+#include "demo/DemoStoryboard.h"
+#include "demo/DocumentWindowController.h"
 #include "demo/GeneralPane.h"
 #include "demo/MainWindow.h"
 #include "demo/ThemeMenu.h"
@@ -14,6 +17,8 @@
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
+#include "quoddle/qt/PreferencesWindowController.h"
+#include "quoddle/qt/WindowRestoration.h"
 #include "quoddle/runtime/NotificationCenter.h"
 #include "tests/support/AlertAnswers.h"
 
@@ -58,6 +63,30 @@ QColor themeBackground() {
                             static_cast<float>(color.blueComponent()));
 }
 
+quod::PreferencesWindowController* showPreferences() {
+    quod::WindowController::show(quod::Singleton::WindowController::preferences);
+    auto* controller = qobject_cast<quod::PreferencesWindowController*>(
+        quod::WindowController::controller(quod::Singleton::WindowController::preferences));
+    if (controller != nullptr) (void)QTest::qWaitForWindowExposed(controller->window());
+    return controller;
+}
+
+// What a quit does to the windows: all of them go, with their controllers.
+void closeEveryWindow() {
+    for (auto* controller : quod::WindowController::retained()) {
+        if (controller->window() != nullptr) controller->window()->close();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+template <typename Pane>
+Pane* paneOf(quod::PreferencesWindowController& controller) {
+    for (const auto& item : controller.tabViewController()->tabViewItems()) {
+        if (auto* pane = qobject_cast<Pane*>(item.viewController)) return pane;
+    }
+    return nullptr;
+}
+
 bool closeTo(const QColor& actual, const QColor& expected) {
     return std::abs(actual.red() - expected.red()) <= 1 &&
            std::abs(actual.green() - expected.green()) <= 1 &&
@@ -72,7 +101,11 @@ class DemoPreferencesTests : public QObject {
     quod::MainLoopBridge bridge_;
 
   private Q_SLOTS:
-    void init() { UserDefaults::setStandard(UserDefaults::inMemory()); }
+    void init() {
+        UserDefaults::setStandard(UserDefaults::inMemory());
+        quod::demo::DemoStoryboard::install();
+    }
+    void cleanup() { closeEveryWindow(); }
 
     void theGeneralPaneStoresEachChangeAndTheEditorFollowsTheTabWidth() {
         MainWindow window;
@@ -168,6 +201,79 @@ class DemoPreferencesTests : public QObject {
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         QVERIFY(Defaults::commands.get().empty());
         QCOMPARE(commandsChanged.count(), 5);
+    }
+
+    void thePreferencesWindowChangesTheEditorsTheme() {
+        auto* editor = quod::demo::DocumentWindowController::open();
+        QVERIFY(QTest::qWaitForWindowExposed(editor->window()));
+        editor->mainWindow().findChild<QAction*>("preferences")->trigger();
+        auto* preferences = showPreferences();
+        QVERIFY(preferences != nullptr);
+        // The menu item and a second show give the one window.
+        QCOMPARE(quod::WindowController::retained().size(), 2u);
+
+        QStringList labels;
+        for (const auto& item : preferences->tabViewController()->tabViewItems())
+            labels << item.label;
+        QCOMPARE(labels, QStringList({"General", "Themes", "Commands", "Snippets"}));
+
+        // Through the tab control, as a user would pick the pane.
+        preferences->touchBarTabSegmentedControl()->setSelectedSegment(1);
+        preferences->switchTab(preferences->touchBarTabSegmentedControl());
+        QCOMPARE(preferences->window()->windowTitle(), QString("Themes"));
+        QCOMPARE(Defaults::preferencesTab.get(), 1);
+
+        const QColor before = editorBackgroundPixel(editor->mainWindow());
+        paneOf<ThemesPane>(*preferences)->themes().setCurrentRow(2);
+        QVERIFY(closeTo(editorBackgroundPixel(editor->mainWindow()), themeBackground()));
+        QVERIFY(!closeTo(editorBackgroundPixel(editor->mainWindow()), before));
+    }
+
+    void editorAndPreferencesWindowsComeBackAfterARelaunch() {
+        QTemporaryDir folder;
+        const QString path = folder.filePath("notes.txt");
+        {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("remembered\n");
+        }
+        Defaults::resume.set(true);
+        auto* first = quod::demo::DocumentWindowController::open();
+        QVERIFY(first->mainWindow().openDocument(path));
+        first->window()->setGeometry(120, 100, 700, 500);
+        auto* second = quod::demo::DocumentWindowController::open();
+        second->window()->setGeometry(300, 200, 640, 480);
+        auto* preferences = showPreferences();
+        QVERIFY(preferences != nullptr);
+        const QRect preferencesFrame = preferences->window()->geometry();
+
+        quod::WindowRestoration::saveWindows();
+        closeEveryWindow();
+        QVERIFY(quod::WindowController::retained().empty());
+
+        quod::WindowRestoration::restoreWindows();
+        std::vector<quod::demo::DocumentWindowController*> editors;
+        for (auto* controller : quod::WindowController::retained()) {
+            if (auto* editor = dynamic_cast<quod::demo::DocumentWindowController*>(controller))
+                editors.push_back(editor);
+        }
+        QCOMPARE(editors.size(), 2u);
+        // In the order they were opened.
+        QCOMPARE(editors[0]->window()->geometry(), QRect(120, 100, 700, 500));
+        QCOMPARE(editors[0]->mainWindow().document().path(), path.toStdString());
+        QCOMPARE(editors[0]->mainWindow().sidebar().folder(), folder.path().toStdString());
+        QCOMPARE(editors[1]->window()->geometry(), QRect(300, 200, 640, 480));
+        QVERIFY(editors[1]->mainWindow().document().path().empty());
+        auto* restoredPreferences =
+            quod::WindowController::controller(quod::Singleton::WindowController::preferences);
+        QVERIFY(restoredPreferences != nullptr);
+        QCOMPARE(restoredPreferences->window()->geometry(), preferencesFrame);
+
+        // With "Resume" off nothing comes back.
+        closeEveryWindow();
+        Defaults::resume.set(false);
+        quod::WindowRestoration::restoreWindows();
+        QVERIFY(quod::WindowController::retained().empty());
     }
 };
 
