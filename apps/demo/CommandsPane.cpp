@@ -1,7 +1,5 @@
 #include "demo/CommandsPane.h"
 
-#include <QVBoxLayout>
-
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/runtime/Localize.h"
@@ -14,39 +12,36 @@ QString label(const std::string& text) {
     return QString::fromStdString(text);
 }
 
-}  // namespace
+ItemTablePane::Description description() {
+    return {{{label(Localize::name())},
+             {label(Localize::command())},
+             {label(Localize::inlineString()), ItemColumn::Kind::checkBox},
+             {label(Localize::suppressCommandResult()), ItemColumn::Kind::checkBox}},
+            {label(Localize::command()), QString("echo"), false, false},
+            Localize::deleteCommand(),
+            CommandsPane::deleteSuppressionKey,
+            label(Localize::commands()),
+            "utilities-terminal"};
+}
 
-CommandsPane::CommandsPane(QWidget* parent)
-    : PreferenceTabViewController(parent),
-      editor_(new ItemTableEditor(
-          {{label(Localize::name())},
-           {label(Localize::command())},
-           {label(Localize::inlineString()), ItemColumn::Kind::checkBox},
-           {label(Localize::suppressCommandResult()), ItemColumn::Kind::checkBox}},
-          {label(Localize::command()), QString("echo"), false, false}, Localize::deleteCommand(),
-          deleteSuppressionKey, this)) {
-    std::vector<ItemTableEditor::Row> rows;
+std::vector<ItemTablePane::Row> storedRows() {
+    std::vector<ItemTablePane::Row> rows;
     for (const Command& command : Defaults::commands.get()) {
         rows.push_back({label(command.name()), label(command.text()), command.isInline(),
                         command.suppressResult()});
     }
-    editor_->setRows(rows);
-    connect(editor_, &ItemTableEditor::edited, this, &CommandsPane::store);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(editor_);
+    return rows;
 }
 
-QString CommandsPane::tabLabel() const {
-    return label(Localize::commands());
-}
+}  // namespace
 
-std::optional<QIcon> CommandsPane::tabImage() const {
-    return QIcon::fromTheme("utilities-terminal");
+CommandsPane::CommandsPane(QWidget* parent) : ItemTablePane(description(), storedRows(), parent) {
+    connect(this, &ItemTablePane::edited, this, &CommandsPane::store);
 }
 
 void CommandsPane::store() {
     std::vector<Command> commands;
-    for (const ItemTableEditor::Row& row : editor_->rows()) {
+    for (const Row& row : rows()) {
         commands.emplace_back(row[0].toString().toStdString(), row[1].toString().toStdString(),
                               row[2].toBool(), row[3].toBool(), false);
     }

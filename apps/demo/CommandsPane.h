@@ -3,12 +3,11 @@
 // "CommandsChanged"; deleting asks first, suppressibly under "AlertDeleteCommand".
 #pragma once
 
-#include "demo/ItemTableEditor.h"
-#include "quoddle/qt/PreferenceTabViewController.h"
+#include "demo/ItemTablePane.h"
 
 namespace quod::demo {
 
-class CommandsPane : public PreferenceTabViewController, public PreferenceTabType {
+class CommandsPane : public ItemTablePane {
     Q_OBJECT
 
   public:
@@ -16,15 +15,8 @@ class CommandsPane : public PreferenceTabViewController, public PreferenceTabTyp
 
     explicit CommandsPane(QWidget* parent = nullptr);
 
-    [[nodiscard]] QString tabLabel() const override;
-    [[nodiscard]] std::optional<QIcon> tabImage() const override;
-
-    [[nodiscard]] ItemTableEditor& editor() { return *editor_; }
-
   private:
     void store();
-
-    ItemTableEditor* editor_;
 };
 
 }  // namespace quod::demo

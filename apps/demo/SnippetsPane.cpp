@@ -1,7 +1,5 @@
 #include "demo/SnippetsPane.h"
 
-#include <QVBoxLayout>
-
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/runtime/Localize.h"
@@ -14,34 +12,32 @@ QString label(const std::string& text) {
     return QString::fromStdString(text);
 }
 
-}  // namespace
+ItemTablePane::Description description() {
+    return {{{label(Localize::name())}, {label(Localize::text())}},
+            {label(Localize::insertSnippet()), QString()},
+            Localize::deleteSnippet(),
+            SnippetsPane::deleteSuppressionKey,
+            label(Localize::snippets()),
+            "insert-text"};
+}
 
-SnippetsPane::SnippetsPane(QWidget* parent)
-    : PreferenceTabViewController(parent),
-      editor_(new ItemTableEditor({{label(Localize::name())}, {label(Localize::text())}},
-                                  {label(Localize::insertSnippet()), QString()},
-                                  Localize::deleteSnippet(), deleteSuppressionKey, this)) {
-    std::vector<ItemTableEditor::Row> rows;
+std::vector<ItemTablePane::Row> storedRows() {
+    std::vector<ItemTablePane::Row> rows;
     for (const Snippet& snippet : Defaults::snippets.get()) {
         rows.push_back({label(snippet.name()), label(snippet.text())});
     }
-    editor_->setRows(rows);
-    connect(editor_, &ItemTableEditor::edited, this, &SnippetsPane::store);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(editor_);
+    return rows;
 }
 
-QString SnippetsPane::tabLabel() const {
-    return label(Localize::snippets());
-}
+}  // namespace
 
-std::optional<QIcon> SnippetsPane::tabImage() const {
-    return QIcon::fromTheme("insert-text");
+SnippetsPane::SnippetsPane(QWidget* parent) : ItemTablePane(description(), storedRows(), parent) {
+    connect(this, &ItemTablePane::edited, this, &SnippetsPane::store);
 }
 
 void SnippetsPane::store() {
     std::vector<Snippet> snippets;
-    for (const ItemTableEditor::Row& row : editor_->rows()) {
+    for (const Row& row : rows()) {
         snippets.emplace_back(row[0].toString().toStdString(), row[1].toString().toStdString(),
                               false);
     }

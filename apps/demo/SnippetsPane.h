@@ -4,12 +4,11 @@
 // "AlertDeleteSnippet".
 #pragma once
 
-#include "demo/ItemTableEditor.h"
-#include "quoddle/qt/PreferenceTabViewController.h"
+#include "demo/ItemTablePane.h"
 
 namespace quod::demo {
 
-class SnippetsPane : public PreferenceTabViewController, public PreferenceTabType {
+class SnippetsPane : public ItemTablePane {
     Q_OBJECT
 
   public:
@@ -17,15 +16,8 @@ class SnippetsPane : public PreferenceTabViewController, public PreferenceTabTyp
 
     explicit SnippetsPane(QWidget* parent = nullptr);
 
-    [[nodiscard]] QString tabLabel() const override;
-    [[nodiscard]] std::optional<QIcon> tabImage() const override;
-
-    [[nodiscard]] ItemTableEditor& editor() { return *editor_; }
-
   private:
     void store();
-
-    ItemTableEditor* editor_;
 };
 
 }  // namespace quod::demo

@@ -2,6 +2,7 @@
 
 #include <QMainWindow>
 #include <limits>
+#include <optional>
 
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/qt/Storyboard.h"
@@ -9,6 +10,16 @@
 #include "quoddle/runtime/Localize.h"
 
 namespace quod {
+namespace {
+
+// "PreferencesTab" as a tab index; no value when it cannot be one.
+std::optional<int> storedTab() {
+    const int64_t stored = Defaults::preferencesTab.get();
+    if (stored < 0 || stored > std::numeric_limits<int>::max()) return std::nullopt;
+    return static_cast<int>(stored);
+}
+
+}  // namespace
 
 PreferencesWindowController::PreferencesWindowController(PreferencesTabViewController* tabs) {
     if (tabs) setContentViewController(tabs);
@@ -30,10 +41,7 @@ void PreferencesWindowController::windowDidLoad() {
     if (auto* tabs = tabViewController()) {
         tabs->loadViewIfNeeded();
         tabs->setTransitionOptions(PreferencesTabViewController::allowUserInteraction);
-        const int64_t stored = Defaults::preferencesTab.get();
-        if (stored >= 0 && stored <= std::numeric_limits<int>::max()) {
-            tabs->setSelectedTabViewItemIndex(int(stored));
-        }
+        if (const auto index = storedTab()) tabs->setSelectedTabViewItemIndex(*index);
     }
     makeTouchBar();
 }
@@ -45,12 +53,8 @@ void PreferencesWindowController::windowDidMove() {
 void PreferencesWindowController::switchTab(SegmentedControl* sender) {
     if (!sender) return;
     Defaults::preferencesTab.set(sender->selectedSegment());
-    if (auto* tabs = tabViewController()) {
-        const int64_t stored = Defaults::preferencesTab.get();
-        if (stored >= 0 && stored <= std::numeric_limits<int>::max()) {
-            tabs->setSelectedTabViewItemIndex(int(stored));
-        }
-    }
+    auto* tabs = tabViewController();
+    if (const auto index = storedTab(); tabs && index) tabs->setSelectedTabViewItemIndex(*index);
 }
 
 QToolBar* PreferencesWindowController::makeTouchBar() {
@@ -86,9 +90,7 @@ QWidget* PreferencesWindowController::makeTouchBarItem(std::string_view identifi
 
 void PreferencesWindowController::updateTouchBarSegmentedControl() {
     if (!tabControl_) return;
-    const int64_t stored = Defaults::preferencesTab.get();
-    tabControl_->setSelectedSegment(
-        stored >= 0 && stored <= std::numeric_limits<int>::max() ? int(stored) : -1);
+    tabControl_->setSelectedSegment(storedTab().value_or(-1));
 }
 
 void PreferencesWindowController::restoreWindow(

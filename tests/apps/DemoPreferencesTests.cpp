@@ -1,6 +1,7 @@
 // The demo's preferences: each pane writes the standard store and tells the editor at once, the
 // destructive actions ask first (and stop asking once told so), and the preferences window drives
 // a visible change in the editor.
+#include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -168,15 +169,15 @@ class DemoPreferencesTests : public QObject {
     void commandsAreStoredOnEveryEditAndDeletingAsksUntilToldNotTo() {
         Defaults::commands.set({quod::Command("List", "ls -l", false, true, false)});
         CommandsPane pane;
-        QCOMPARE(pane.editor().table().rowCount(), 1);
-        QCOMPARE(pane.editor().table().item(0, 1)->text(), QString("ls -l"));
-        QCOMPARE(pane.editor().table().item(0, 3)->checkState(), Qt::Checked);
+        QCOMPARE(pane.table().rowCount(), 1);
+        QCOMPARE(pane.table().item(0, 1)->text(), QString("ls -l"));
+        QCOMPARE(pane.table().item(0, 3)->checkState(), Qt::Checked);
 
         PostCounter commandsChanged(NotificationName::commandsChanged());
-        pane.editor().addButton().click();
+        pane.addButton().click();
         QCOMPARE(Defaults::commands.get().size(), 2u);
-        pane.editor().table().item(1, 1)->setText("date");
-        pane.editor().table().item(1, 2)->setCheckState(Qt::Checked);
+        pane.table().item(1, 1)->setText("date");
+        pane.table().item(1, 2)->setCheckState(Qt::Checked);
         const auto stored = Defaults::commands.get();
         QCOMPARE(stored.size(), 2u);
         QCOMPARE(stored[0].text(), std::string("ls -l"));  // stored order is kept
@@ -185,19 +186,19 @@ class DemoPreferencesTests : public QObject {
         QCOMPARE(commandsChanged.count(), 3);
 
         // Cancel keeps the command, whatever the box says, and records no suppression.
-        pane.editor().table().setCurrentCell(0, 0);
+        pane.table().setCurrentCell(0, 0);
         press("Cancel");
-        pane.editor().deleteButton().click();
+        pane.deleteButton().click();
         QCOMPARE(Defaults::commands.get().size(), 2u);
         QVERIFY(!UserDefaults::standard()->boolForKey(CommandsPane::deleteSuppressionKey));
 
         // Delete with "don't ask again" ticked: gone, and the next deletion asks nothing.
         press("Delete", Suppression::tick);
-        pane.editor().deleteButton().click();
+        pane.deleteButton().click();
         QCOMPARE(Defaults::commands.get().size(), 1u);
         QVERIFY(UserDefaults::standard()->boolForKey(CommandsPane::deleteSuppressionKey));
-        pane.editor().table().setCurrentCell(0, 0);
-        pane.editor().deleteButton().click();
+        pane.table().setCurrentCell(0, 0);
+        pane.deleteButton().click();
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         QVERIFY(Defaults::commands.get().empty());
         QCOMPARE(commandsChanged.count(), 5);
@@ -222,6 +223,11 @@ class DemoPreferencesTests : public QObject {
         preferences->switchTab(preferences->touchBarTabSegmentedControl());
         QCOMPARE(preferences->window()->windowTitle(), QString("Themes"));
         QCOMPARE(Defaults::preferencesTab.get(), 1);
+
+        // Kept as an artefact of the run, beside the editor's screenshots.
+        QVERIFY(QDir().mkpath(QUODDLE_SCREENSHOT_FOLDER));
+        QVERIFY(preferences->window()->grab().save(
+            QDir(QUODDLE_SCREENSHOT_FOLDER).filePath("demo-preferences.png")));
 
         const QColor before = editorBackgroundPixel(editor->mainWindow());
         paneOf<ThemesPane>(*preferences)->themes().setCurrentRow(2);

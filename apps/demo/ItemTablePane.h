@@ -1,5 +1,6 @@
-// A table of user-defined items (commands, snippets) with Add and Delete buttons: the editing part
-// that the Commands and Snippets panes share.
+// A preference pane with a table of user-defined items (commands, snippets) and Add and Delete
+// buttons: what the Commands and Snippets panes share. They describe their columns, tab and
+// deletion alert, fill the rows from the store, and store the rows on every `edited`.
 //
 // Each column holds text or a check box. Every change the user makes (a cell edited, a box ticked,
 // a row added or deleted) emits `edited` once the table shows it; `setRows` emits nothing.
@@ -14,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/qt/PreferenceTabViewController.h"
+
 namespace quod::demo {
 
 struct ItemColumn {
@@ -22,15 +25,26 @@ struct ItemColumn {
     Kind kind = Kind::text;
 };
 
-class ItemTableEditor : public QWidget {
+class ItemTablePane : public PreferenceTabViewController, public PreferenceTabType {
     Q_OBJECT
 
   public:
     // A row: one QString per text column, one bool per check-box column.
     using Row = QVariantList;
 
-    ItemTableEditor(std::vector<ItemColumn> columns, Row newRow, std::string deleteMessage,
-                    std::string suppressionKey, QWidget* parent = nullptr);
+    struct Description {
+        std::vector<ItemColumn> columns;
+        Row newRow;                  // what Add appends
+        std::string deleteMessage;   // the alert's message
+        std::string suppressionKey;  // where "don't ask again" is stored
+        QString tabLabel;
+        QString tabIconName;  // from the desktop's icon theme
+    };
+
+    ItemTablePane(Description description, const std::vector<Row>& rows, QWidget* parent);
+
+    [[nodiscard]] QString tabLabel() const override { return description_.tabLabel; }
+    [[nodiscard]] std::optional<QIcon> tabImage() const override;
 
     void setRows(const std::vector<Row>& rows);
     [[nodiscard]] std::vector<Row> rows() const;
@@ -51,10 +65,7 @@ class ItemTableEditor : public QWidget {
     void fillRow(int row, const Row& values);
     [[nodiscard]] bool confirmDeletion();
 
-    std::vector<ItemColumn> columns_;
-    Row newRow_;
-    std::string deleteMessage_;
-    std::string suppressionKey_;
+    Description description_;
     QTableWidget* table_;
     QPushButton* add_;
     QPushButton* delete_;

@@ -1,4 +1,4 @@
-#include "demo/ItemTableEditor.h"
+#include "demo/ItemTablePane.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -10,19 +10,14 @@
 
 namespace quod::demo {
 
-ItemTableEditor::ItemTableEditor(std::vector<ItemColumn> columns, Row newRow,
-                                 std::string deleteMessage, std::string suppressionKey,
-                                 QWidget* parent)
-    : QWidget(parent),
-      columns_(std::move(columns)),
-      newRow_(std::move(newRow)),
-      deleteMessage_(std::move(deleteMessage)),
-      suppressionKey_(std::move(suppressionKey)),
-      table_(new QTableWidget(0, static_cast<int>(columns_.size()), this)),
+ItemTablePane::ItemTablePane(Description description, const std::vector<Row>& rows, QWidget* parent)
+    : PreferenceTabViewController(parent),
+      description_(std::move(description)),
+      table_(new QTableWidget(0, static_cast<int>(description_.columns.size()), this)),
       add_(new QPushButton(QString::fromStdString(Localize::add()), this)),
       delete_(new QPushButton(QString::fromStdString(Localize::deleteString()), this)) {
     QStringList titles;
-    for (const ItemColumn& column : columns_)
+    for (const ItemColumn& column : description_.columns)
         titles << column.title;
     table_->setObjectName("items");
     table_->setHorizontalHeaderLabels(titles);
@@ -35,8 +30,8 @@ ItemTableEditor::ItemTableEditor(std::vector<ItemColumn> columns, Row newRow,
     });
     add_->setObjectName("add");
     delete_->setObjectName("delete");
-    connect(add_, &QPushButton::clicked, this, &ItemTableEditor::addRow);
-    connect(delete_, &QPushButton::clicked, this, &ItemTableEditor::deleteCurrentRow);
+    connect(add_, &QPushButton::clicked, this, &ItemTablePane::addRow);
+    connect(delete_, &QPushButton::clicked, this, &ItemTablePane::deleteCurrentRow);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(add_);
@@ -45,21 +40,26 @@ ItemTableEditor::ItemTableEditor(std::vector<ItemColumn> columns, Row newRow,
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(table_);
     layout->addLayout(buttons);
+    setRows(rows);
 }
 
-void ItemTableEditor::setRows(const std::vector<Row>& rows) {
+std::optional<QIcon> ItemTablePane::tabImage() const {
+    return QIcon::fromTheme(description_.tabIconName);
+}
+
+void ItemTablePane::setRows(const std::vector<Row>& rows) {
     table_->setRowCount(static_cast<int>(rows.size()));
     for (int row = 0; row < static_cast<int>(rows.size()); ++row)
         fillRow(row, rows[row]);
 }
 
-std::vector<ItemTableEditor::Row> ItemTableEditor::rows() const {
+std::vector<ItemTablePane::Row> ItemTablePane::rows() const {
     std::vector<Row> rows;
     for (int row = 0; row < table_->rowCount(); ++row) {
         Row values;
-        for (int column = 0; column < static_cast<int>(columns_.size()); ++column) {
+        for (int column = 0; column < static_cast<int>(description_.columns.size()); ++column) {
             const QTableWidgetItem* item = table_->item(row, column);
-            if (columns_[column].kind == ItemColumn::Kind::checkBox) {
+            if (description_.columns[column].kind == ItemColumn::Kind::checkBox) {
                 values << (item != nullptr && item->checkState() == Qt::Checked);
             } else {
                 values << (item != nullptr ? item->text() : QString());
@@ -70,28 +70,28 @@ std::vector<ItemTableEditor::Row> ItemTableEditor::rows() const {
     return rows;
 }
 
-void ItemTableEditor::addRow() {
+void ItemTablePane::addRow() {
     const int row = table_->rowCount();
     table_->insertRow(row);
-    fillRow(row, newRow_);
+    fillRow(row, description_.newRow);
     table_->setCurrentCell(row, 0);
     Q_EMIT edited();
     table_->editItem(table_->item(row, 0));
 }
 
-void ItemTableEditor::deleteCurrentRow() {
+void ItemTablePane::deleteCurrentRow() {
     const int row = table_->currentRow();
     if (row < 0 || !confirmDeletion()) return;
     table_->removeRow(row);
     Q_EMIT edited();
 }
 
-void ItemTableEditor::fillRow(int row, const Row& values) {
+void ItemTablePane::fillRow(int row, const Row& values) {
     filling_ = true;
-    for (int column = 0; column < static_cast<int>(columns_.size()); ++column) {
+    for (int column = 0; column < static_cast<int>(description_.columns.size()); ++column) {
         const QVariant value = column < values.size() ? values[column] : QVariant();
         auto* item = new QTableWidgetItem;
-        if (columns_[column].kind == ItemColumn::Kind::checkBox) {
+        if (description_.columns[column].kind == ItemColumn::Kind::checkBox) {
             item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
             item->setCheckState(value.toBool() ? Qt::Checked : Qt::Unchecked);
         } else {
@@ -102,12 +102,12 @@ void ItemTableEditor::fillRow(int row, const Row& values) {
     filling_ = false;
 }
 
-bool ItemTableEditor::confirmDeletion() {
+bool ItemTablePane::confirmDeletion() {
     // Clients read the suppression themselves: the alert only records it.
-    if (UserDefaults::standard()->boolForKey(suppressionKey_)) return true;
-    const auto response = Interface::alert(deleteMessage_, Localize::youCantUndoThisAction(),
-                                           Localize::deleteString(), Localize::cancel(),
-                                           std::nullopt, suppressionKey_);
+    if (UserDefaults::standard()->boolForKey(description_.suppressionKey)) return true;
+    const auto response = Interface::alert(
+        description_.deleteMessage, Localize::youCantUndoThisAction(), Localize::deleteString(),
+        Localize::cancel(), std::nullopt, description_.suppressionKey);
     return response == ModalResponse::alertFirstButtonReturn;
 }
 
