@@ -6,11 +6,16 @@
 //   - gutter ready: the gutter builds its line index once its 0.3 s start has passed (the figure
 //     counts from the gutter's set-up, when the pane is made, so it includes that fixed delay and
 //     the first paint; the build alone is also timed on its own);
-//   - paint with line numbers, jump to the end and paint, type a line break there and paint.
+//   - paint with line numbers, jump to the end and paint, type a line break there and paint;
+//   - the preferences window (four panes of a dozen controls each, made by its storyboard entry):
+//     shown the first time, another tab chosen and painted, shown again.
 // A plain timed program rather than Google Benchmark: one QApplication, one document, and steps
 // that each happen once in a user's session. Prints one line per step and exits 1 when a step is
 // over budget.
 #include <QApplication>
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QWindow>
 #include <chrono>
@@ -26,7 +31,10 @@
 #include "quoddle/qt/EditorPane.h"
 #include "quoddle/qt/GutterWidget.h"
 #include "quoddle/qt/MainLoopBridge.h"
+#include "quoddle/qt/PreferenceTabViewController.h"
+#include "quoddle/qt/PreferencesWindowController.h"
 #include "quoddle/qt/QtPlatform.h"
+#include "quoddle/qt/Storyboard.h"
 #include "quoddle/qt/TextViewWidget.h"
 
 namespace {
@@ -50,6 +58,52 @@ double timed(const std::function<void()>& step) {
     const auto start = Clock::now();
     step();
     return secondsSince(start);
+}
+
+void waitUntilExposed(QWidget& window) {
+    while (window.windowHandle() == nullptr || !window.windowHandle()->isExposed())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+// A pane as the applications' are: a form of labelled fields and check boxes.
+quod::PreferenceTabViewController* formPane() {
+    auto* pane = new quod::PreferenceTabViewController;
+    auto* form = new QFormLayout(pane);
+    for (int row = 0; row < 6; ++row) {
+        form->addRow(QString("Setting %1").arg(row), new QLineEdit(pane));
+        form->addRow(QString(), new QCheckBox(QString("Option %1").arg(row), pane));
+    }
+    return pane;
+}
+
+void timePreferencesWindow() {
+    using quod::Singleton::WindowController;
+    auto storyboard = std::make_unique<quod::Storyboard>();
+    storyboard->registerController("Preferences", [] {
+        auto* tabs = new quod::PreferencesTabViewController;
+        for (const char* label : {"General", "Themes", "Commands", "Snippets"})
+            tabs->addTabViewItem(formPane(), label);
+        return std::make_unique<quod::PreferencesWindowController>(tabs);
+    });
+    quod::Storyboard::setMain(std::move(storyboard));
+
+    quod::PreferencesWindowController* controller = nullptr;
+    report("preferences window: first show and paint", timed([&] {
+               quod::WindowController::show(WindowController::preferences);
+               controller = qobject_cast<quod::PreferencesWindowController*>(
+                   quod::WindowController::controller(WindowController::preferences));
+               waitUntilExposed(*controller->window());
+               controller->window()->repaint();
+           }));
+    report("preferences window: choose another tab and paint", timed([&] {
+               controller->tabViewController()->setSelectedTabViewItemIndex(2);
+               controller->window()->repaint();
+           }));
+    report("preferences window: show again", timed([&] {
+               quod::WindowController::show(WindowController::preferences);
+               controller->window()->repaint();
+           }));
+    controller->window()->close();
 }
 
 }  // namespace
@@ -85,8 +139,7 @@ int main(int argc, char** argv) {
 
     report("first paint (show the pane and paint it)", timed([&] {
                pane->show();
-               while (pane->windowHandle() == nullptr || !pane->windowHandle()->isExposed())
-                   QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+               waitUntilExposed(*pane);
                pane->repaint();
            }));
 
@@ -120,5 +173,7 @@ int main(int argc, char** argv) {
 
     pane.reset();
     std::filesystem::remove(file);
+
+    timePreferencesWindow();
     return overBudget ? 1 : 0;
 }
