@@ -2,6 +2,7 @@
 
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Defaults.h"
+#include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/QtConversions.h"
 
 namespace quod::demo {
@@ -15,6 +16,7 @@ EditorArea::EditorArea(std::shared_ptr<QuodTextView> view, QWidget* parent)
     : EditorPane(std::move(view), parent) {
     setFocusProxy(&textView());
     applyThemeColors();
+    applyTextFont();
     applyTabWidth();
 }
 
@@ -32,6 +34,11 @@ void EditorArea::applyThemeColors() {
 
 void EditorArea::applyTabWidth() {
     textView().setTabWidth(tabWidthPreference());
+}
+
+void EditorArea::applyTextFont() {
+    if (!UserDefaults::standard()->objectForKey(Defaults::textFont.key())) return;
+    textView().setFont(toQFont(Defaults::textFont.get()));
 }
 
 }  // namespace quod::demo

@@ -4,7 +4,9 @@
 // Colours follow the preferences: the text and the background are Color::forKey of "TextColour"
 // and "BackgroundColour" (their defaults, black on white, when nothing usable is stored), read
 // again by `applyThemeColors` whenever the theme changes; the gutter follows the theme by itself.
-// The tab width is "TabWidth".
+// The tab width is "TabWidth". The text font is "TextFont" once one is stored (a theme stores
+// one); until then the editor keeps the desktop's fixed-pitch font, which reads better than the
+// framework's fallback where that face is missing.
 #pragma once
 
 #include <memory>
@@ -29,6 +31,7 @@ class EditorArea : public EditorPane {
 
     void applyThemeColors();
     void applyTabWidth();
+    void applyTextFont();
 };
 
 }  // namespace quod::demo

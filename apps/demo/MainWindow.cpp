@@ -73,6 +73,9 @@ MainWindow::MainWindow(QWidget* parent)
     tabWidthChanged_ =
         Notifications().addObserver(NotificationName::tabWidthChanged().rawValue(), nullptr,
                                     [this](const Notification&) { editor_->applyTabWidth(); });
+    textFontChanged_ =
+        Notifications().addObserver(NotificationName::textFontChanged().rawValue(), nullptr,
+                                    [this](const Notification&) { editor_->applyTextFont(); });
     applyThemeColors();
     documentChanged();
     // The framework's catalogue translates what it knows of the menus; the rest stays English.
@@ -196,6 +199,7 @@ void MainWindow::updateTitle() {
 
 void MainWindow::applyThemeColors() {
     editor_->applyThemeColors();
+    editor_->applyTextFont();
     editor_->applyTabWidth();
     // The command output is text too: it takes the editor's colours.
     QPalette palette = output_->palette();

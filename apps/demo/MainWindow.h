@@ -67,6 +67,7 @@ class MainWindow : public QMainWindow {
     CommandRunner* commands_ = nullptr;
     Connection themeChanged_;
     Connection tabWidthChanged_;
+    Connection textFontChanged_;
 };
 
 }  // namespace quod::demo

@@ -19,6 +19,7 @@
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/qt/PreferencesWindowController.h"
+#include "quoddle/qt/QtConversions.h"
 #include "quoddle/qt/WindowRestoration.h"
 #include "quoddle/runtime/NotificationCenter.h"
 #include "tests/support/AlertAnswers.h"
@@ -158,6 +159,15 @@ class DemoPreferencesTests : public QObject {
         QCOMPARE(Defaults::currentTheme.get(), 2);
         QVERIFY(closeTo(editorBackgroundPixel(window), themeBackground()));
         QVERIFY(!closeTo(editorBackgroundPixel(window), before));
+        // The theme's font too.
+        QCOMPARE(window.editorArea().textView().font(), quod::toQFont(Defaults::textFont.get()));
+
+        // A font chosen on its own shows once "TextFontChanged" is posted.
+        const auto larger = quod::Font::withName(Defaults::textFont.get().fontName(), 21);
+        QVERIFY(larger.has_value());
+        Defaults::textFont.set(*larger);
+        Notifications().post(NotificationName::textFontChanged());
+        QCOMPARE(window.editorArea().textView().font().pointSizeF(), 21.0);
 
         // A theme applied elsewhere moves the pane's selection without applying anything again.
         PostCounter themeChanged(NotificationName::themeChanged());
