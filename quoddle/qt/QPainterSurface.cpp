@@ -6,14 +6,6 @@
 #include "quoddle/qt/QtConversions.h"
 
 namespace quod {
-namespace {
-
-QRectF toQRectF(const Rect& rect) {
-    return {rect.minX(), rect.minY(), rect.width(), rect.height()};
-}
-
-}  // namespace
-
 QPainterSurface::QPainterSurface(QPainter& painter, const QRegion& dirtyRegion)
     : painter_(painter), dirtyRegion_(dirtyRegion) {
     painter_.setRenderHint(QPainter::Antialiasing);

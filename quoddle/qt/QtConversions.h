@@ -1,4 +1,4 @@
-// Conversions between the core's colours and fonts and Qt's.
+// Conversions between the core's colours, fonts and rectangles and Qt's.
 //
 // `toQColor` resolves a colour the way the platform draws it: a system colour takes its value for
 // the current appearance (PlatformAppearance), components are clamped into 0 to 1 (a stored
@@ -15,8 +15,10 @@
 
 #include <QColor>
 #include <QFont>
+#include <QRectF>
 #include <array>
 
+#include "quoddle/base/Geometry.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
 
@@ -24,6 +26,14 @@ namespace quod {
 
 [[nodiscard]] QColor toQColor(const Color& color);
 [[nodiscard]] std::array<double, 4> colorComponents(const QColor& color);
+
+// Rectangles keep their numbers: both sides measure in points from the top left, y down.
+[[nodiscard]] inline QRectF toQRectF(const Rect& rect) {
+    return {rect.minX(), rect.minY(), rect.width(), rect.height()};
+}
+[[nodiscard]] inline Rect toRect(const QRectF& rect) {
+    return Rect{{rect.x(), rect.y()}, {rect.width(), rect.height()}};
+}
 
 [[nodiscard]] QFont toQFont(const Font& font, double pointSize);
 [[nodiscard]] inline QFont toQFont(const Font& font) {

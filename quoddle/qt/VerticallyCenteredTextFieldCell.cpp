@@ -6,6 +6,7 @@
 #include <QStyle>
 
 #include "quoddle/interface/ViewRules.h"
+#include "quoddle/qt/QtConversions.h"
 
 namespace quod {
 
@@ -17,9 +18,7 @@ QRectF VerticallyCenteredTextFieldCell::titleRect(const QRectF& bounds,
     const QFontMetricsF metrics(option.font);
     const auto extraLines = static_cast<double>(option.text.count(QLatin1Char('\n')));
     const double naturalHeight = metrics.height() + extraLines * metrics.lineSpacing();
-    const Rect centred = Interface::centeredTitleRect(
-        Rect{{bounds.x(), bounds.y()}, {bounds.width(), bounds.height()}}, naturalHeight);
-    return {centred.origin.x, centred.origin.y, centred.size.width, centred.size.height};
+    return toQRectF(Interface::centeredTitleRect(toRect(bounds), naturalHeight));
 }
 
 void VerticallyCenteredTextFieldCell::paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "quoddle/base/GeometryText.h"
+#include "quoddle/qt/QtConversions.h"
 
 namespace quod::WindowFrame {
 namespace {
@@ -14,9 +15,7 @@ bool fitsWidget(double value) {
 }  // namespace
 
 std::string text(const QWidget& window) {
-    const QRect frame = window.geometry();
-    return stringFromRect(Rect{{double(frame.x()), double(frame.y())},
-                               {double(frame.width()), double(frame.height())}});
+    return stringFromRect(toRect(window.geometry()));
 }
 
 std::optional<QRect> geometry(std::string_view text) {
