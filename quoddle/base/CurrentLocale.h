@@ -10,13 +10,15 @@
 
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-[[nodiscard]] icu::Locale currentLocale();
+[[nodiscard]] QUODDLE_EXPORT icu::Locale currentLocale();
 
-void setCurrentLocale(const icu::Locale& locale);
+QUODDLE_EXPORT void setCurrentLocale(const icu::Locale& locale);
 
 // The locale a POSIX locale name ("de_DE.UTF-8@euro", "C", "") stands for.
-[[nodiscard]] icu::Locale localeFromPosixName(std::string_view name);
+[[nodiscard]] QUODDLE_EXPORT icu::Locale localeFromPosixName(std::string_view name);
 
 }  // namespace quod

@@ -22,9 +22,11 @@
 #include <system_error>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class FileBytes {
+class QUODDLE_EXPORT FileBytes {
   public:
     [[nodiscard]] static std::optional<FileBytes> read(const std::string& path,
                                                        std::error_code* error = nullptr);

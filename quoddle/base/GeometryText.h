@@ -16,11 +16,12 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 
 namespace quod {
 
-[[nodiscard]] std::string stringFromRect(const Rect& rect);
-[[nodiscard]] Rect rectFromString(std::string_view text);
+[[nodiscard]] QUODDLE_EXPORT std::string stringFromRect(const Rect& rect);
+[[nodiscard]] QUODDLE_EXPORT Rect rectFromString(std::string_view text);
 
 }  // namespace quod

@@ -6,10 +6,12 @@
 // debugger stops right there. It stays on in release builds: continuing would corrupt documents.
 #pragma once
 
+#include "quoddle/Export.h"
+
 namespace quod::internal {
 
-[[noreturn]] void preconditionFailure(const char* condition, const char* message, const char* file,
-                                      int line);
+[[noreturn]] QUODDLE_EXPORT void preconditionFailure(const char* condition, const char* message,
+                                                     const char* file, int line);
 
 }  // namespace quod::internal
 

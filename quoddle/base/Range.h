@@ -9,6 +9,7 @@
 #include <iosfwd>
 #include <limits>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CheckedArithmetic.h"
 
 namespace quod {
@@ -37,6 +38,6 @@ struct Range {
     friend constexpr bool operator==(const Range&, const Range&) = default;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Range& range);
+QUODDLE_EXPORT std::ostream& operator<<(std::ostream& stream, const Range& range);
 
 }  // namespace quod

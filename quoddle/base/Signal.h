@@ -13,9 +13,11 @@
 #include <utility>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class Connection {
+class QUODDLE_EXPORT Connection {
   public:
     Connection() = default;
     explicit Connection(std::function<void()> disconnector)

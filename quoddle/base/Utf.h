@@ -10,14 +10,16 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-[[nodiscard]] std::u16string toUtf16(std::string_view utf8);
+[[nodiscard]] QUODDLE_EXPORT std::u16string toUtf16(std::string_view utf8);
 
 // The decoded text, or no value when the bytes are not well-formed UTF-8.
-[[nodiscard]] std::optional<std::u16string> toUtf16IfValid(std::string_view utf8);
+[[nodiscard]] QUODDLE_EXPORT std::optional<std::u16string> toUtf16IfValid(std::string_view utf8);
 
-[[nodiscard]] std::string toUtf8(std::u16string_view utf16);
+[[nodiscard]] QUODDLE_EXPORT std::string toUtf8(std::u16string_view utf16);
 
 namespace internal {
 

@@ -36,20 +36,21 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod::File {
 
-[[nodiscard]] std::optional<Url> defaultAppURL(const Url& url);
-[[nodiscard]] std::optional<std::string> defaultAppName(const Url& url);
-[[nodiscard]] std::optional<std::string> defaultLocalizedAppName(const Url& url);
+[[nodiscard]] QUODDLE_EXPORT std::optional<Url> defaultAppURL(const Url& url);
+[[nodiscard]] QUODDLE_EXPORT std::optional<std::string> defaultAppName(const Url& url);
+[[nodiscard]] QUODDLE_EXPORT std::optional<std::string> defaultLocalizedAppName(const Url& url);
 
-[[nodiscard]] bool isReadOnlyVolume(const Url& url);
+[[nodiscard]] QUODDLE_EXPORT bool isReadOnlyVolume(const Url& url);
 
-[[nodiscard]] const Url& nonSandboxedHomeFolderURL();
-[[nodiscard]] const std::string& nonSandboxedHomeFolderPath();
+[[nodiscard]] QUODDLE_EXPORT const Url& nonSandboxedHomeFolderURL();
+[[nodiscard]] QUODDLE_EXPORT const std::string& nonSandboxedHomeFolderPath();
 
-[[nodiscard]] Url temporaryURL();
+[[nodiscard]] QUODDLE_EXPORT Url temporaryURL();
 
 }  // namespace quod::File
 

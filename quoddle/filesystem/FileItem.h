@@ -37,13 +37,14 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Operation.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
 
-class FileItem {
+class QUODDLE_EXPORT FileItem {
   public:
     explicit FileItem(Url url, const Operation* operation = nullptr);
 

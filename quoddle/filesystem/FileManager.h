@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
@@ -30,7 +31,7 @@ enum class DirectoryEnumerationOptions : uint32_t {
     return (static_cast<uint32_t>(options) & static_cast<uint32_t>(option)) != 0;
 }
 
-class FileManager {
+class QUODDLE_EXPORT FileManager {
   public:
     // Whether something is at the URL's path, following symbolic links: a dangling link is not.
     [[nodiscard]] static bool fileExists(const Url& atURL);

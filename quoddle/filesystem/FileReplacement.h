@@ -28,16 +28,17 @@
 #include <system_error>
 #include <type_traits>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/FileDescriptor.h"
 
 namespace quod {
 
 enum class FileReplacementError { notRegularFile = 1, readOnly = 2 };
 
-[[nodiscard]] const std::error_category& fileReplacementCategory();
-[[nodiscard]] std::error_code make_error_code(FileReplacementError error);
+[[nodiscard]] QUODDLE_EXPORT const std::error_category& fileReplacementCategory();
+[[nodiscard]] QUODDLE_EXPORT std::error_code make_error_code(FileReplacementError error);
 
-class FileReplacement {
+class QUODDLE_EXPORT FileReplacement {
   public:
     [[nodiscard]] static std::optional<FileReplacement> replacing(const std::string& path,
                                                                   std::error_code* error = nullptr);

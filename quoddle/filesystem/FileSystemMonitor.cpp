@@ -1,15 +1,20 @@
 #include "quoddle/filesystem/FileSystemMonitor.h"
 
+#include <type_traits>
 #include <unordered_map>
 
 #include "quoddle/base/Precondition.h"
+#include "quoddle/filesystem/FileSystemEventStream.h"
 #include "quoddle/runtime/RunLoop.h"
 
 namespace quod {
 namespace {
 
-using Registry =
-    std::unordered_map<internal::FileSystemEventStream::Handle, std::weak_ptr<FileSystemMonitor>>;
+using Stream = internal::FileSystemEventStream;
+static_assert(std::is_same_v<Stream::Handle, std::uint64_t>,
+              "FileSystemMonitor.h spells the stream handle's type out");
+
+using Registry = std::unordered_map<Stream::Handle, std::weak_ptr<FileSystemMonitor>>;
 
 // Made on first use; touched only on the main thread, so not locked.
 Registry& monitors() {
@@ -50,15 +55,14 @@ void FileSystemMonitor::stopMonitoring() {
     streamRef_.reset();
 }
 
-void FileSystemMonitor::fileCallback(Stream::Handle stream, const std::vector<std::string>& paths) {
+void FileSystemMonitor::fileCallback(StreamHandle stream, const std::vector<std::string>& paths) {
     std::unordered_set<Url> urls;
     for (const std::string& path : paths)
         urls.insert(Url::fileURL(path));
     report(stream, urls);
 }
 
-void FileSystemMonitor::folderCallback(Stream::Handle stream,
-                                       const std::vector<std::string>& paths) {
+void FileSystemMonitor::folderCallback(StreamHandle stream, const std::vector<std::string>& paths) {
     std::unordered_set<Url> urls;
     for (const std::string& path : paths) {
         Url url = Url::fileURL(path);
@@ -67,7 +71,7 @@ void FileSystemMonitor::folderCallback(Stream::Handle stream,
     report(stream, urls);
 }
 
-void FileSystemMonitor::report(Stream::Handle stream, const std::unordered_set<Url>& urls) {
+void FileSystemMonitor::report(StreamHandle stream, const std::unordered_set<Url>& urls) {
     for (const Url& url : urls) {
         // Looked up for every URL: a delegate may stop or destroy the monitor in between.
         const auto found = monitors().find(stream);

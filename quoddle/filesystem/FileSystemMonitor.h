@@ -9,8 +9,8 @@
 //   * true: a changed folder as itself, anything else as its parent folder. Three files changed
 //     in one folder make one report of that folder; a deleted item is no longer a folder on
 //     disk, so it is reported as its parent.
-// A folder that appears is listed at once (see FileSystemEventStream.h), so entries made in it
-// before the monitor noticed it are reported too. Renames report the old and the new path. If
+// A folder that appears is listed at once (the stream behind it sees to that), so entries made in
+// it before the monitor noticed it are reported too. Renames report the old and the new path. If
 // the kernel drops events (its queue overflowed), the root is reported instead, once in that
 // batch, and watching goes on. Nothing outside the watched folder is ever reported.
 //
@@ -36,17 +36,22 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
-#include "quoddle/filesystem/FileSystemEventStream.h"
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/MonitorType.h"
 
 namespace quod {
 
-class FileSystemMonitor final : public MonitorType {
+namespace internal {
+class FileSystemEventStream;
+}
+
+class QUODDLE_EXPORT FileSystemMonitor final : public MonitorType {
   public:
     static constexpr std::chrono::nanoseconds latency = std::chrono::seconds(1);
 
@@ -69,14 +74,16 @@ class FileSystemMonitor final : public MonitorType {
     void stopMonitoring() override;
 
   private:
-    using Stream = internal::FileSystemEventStream;
+    // The stream's handle (FileSystemEventStream::Handle, which stays out of the installed
+    // headers).
+    using StreamHandle = std::uint64_t;
 
     // The stream's callbacks: no client context, only the handle to look the monitor up by.
-    static void fileCallback(Stream::Handle stream, const std::vector<std::string>& paths);
-    static void folderCallback(Stream::Handle stream, const std::vector<std::string>& paths);
-    static void report(Stream::Handle stream, const std::unordered_set<Url>& urls);
+    static void fileCallback(StreamHandle stream, const std::vector<std::string>& paths);
+    static void folderCallback(StreamHandle stream, const std::vector<std::string>& paths);
+    static void report(StreamHandle stream, const std::unordered_set<Url>& urls);
 
-    std::shared_ptr<Stream> streamRef_;
+    std::shared_ptr<internal::FileSystemEventStream> streamRef_;
     std::weak_ptr<MonitorDelegate> delegate_;
     const Url url_;
     bool onlyFolders_;

@@ -20,11 +20,12 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod::Misc {
 
-[[nodiscard]] const std::string& defaultPATH();
+[[nodiscard]] QUODDLE_EXPORT const std::string& defaultPATH();
 
 }  // namespace quod::Misc
 

@@ -7,11 +7,12 @@
 // inside the call.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
 
-class MonitorDelegate {
+class QUODDLE_EXPORT MonitorDelegate {
   public:
     virtual ~MonitorDelegate() = default;
 

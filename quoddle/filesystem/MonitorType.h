@@ -8,12 +8,13 @@
 
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/MonitorDelegate.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
 
-class MonitorType {
+class QUODDLE_EXPORT MonitorType {
   public:
     virtual ~MonitorType() = default;
 

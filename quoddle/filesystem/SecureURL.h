@@ -39,12 +39,13 @@
 #include <string_view>
 #include <utility>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 #include "quoddle/strings/Data.h"
 
 namespace quod {
 
-class SecureURL {
+class QUODDLE_EXPORT SecureURL {
   public:
     explicit SecureURL(Url url) : url_(std::move(url)) {}
 

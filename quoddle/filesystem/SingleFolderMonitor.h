@@ -35,11 +35,12 @@
 
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/MonitorType.h"
 
 namespace quod {
 
-class SingleFolderMonitor final : public MonitorType {
+class QUODDLE_EXPORT SingleFolderMonitor final : public MonitorType {
   public:
     explicit SingleFolderMonitor(Url url);
     ~SingleFolderMonitor() override;

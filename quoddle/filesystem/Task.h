@@ -45,6 +45,8 @@
 #include <variant>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 // What `Task::run` accepts as arguments: one string, a list of strings, or neither (the value a
@@ -66,7 +68,7 @@ class TaskArguments {
     Value value_;
 };
 
-class Task {
+class QUODDLE_EXPORT Task {
   public:
     [[nodiscard]] static std::string run(const TaskArguments& arguments,
                                          std::string_view launchPath, bool main);

@@ -19,9 +19,11 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class Url {
+class QUODDLE_EXPORT Url {
   public:
     Url() = default;
 
@@ -61,7 +63,7 @@ class Url {
 // folder, runs of "/" become one, "." components go, ".." removes the component before it (at the
 // root it stays at the root; a relative path keeps leading ".."), and trailing slashes go.
 //   "/a//b/./c/../d/" -> "/a/b/d", "/." -> "/", "a/../../b" -> "../b", "" -> ""
-[[nodiscard]] std::string standardizingPath(std::string_view path);
+[[nodiscard]] QUODDLE_EXPORT std::string standardizingPath(std::string_view path);
 
 }  // namespace quod
 

@@ -22,15 +22,16 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
 
-[[nodiscard]] bool equalTo(const Url& a, const Url& b);
+[[nodiscard]] QUODDLE_EXPORT bool equalTo(const Url& a, const Url& b);
 
-[[nodiscard]] bool isUbiquitous(const Url& url);
+[[nodiscard]] QUODDLE_EXPORT bool isUbiquitous(const Url& url);
 
-[[nodiscard]] std::string localizedDisplayPath(const Url& url, bool lastComponent,
-                                               std::string_view ubiquitousPath);
+[[nodiscard]] QUODDLE_EXPORT std::string localizedDisplayPath(const Url& url, bool lastComponent,
+                                                              std::string_view ubiquitousPath);
 
 }  // namespace quod

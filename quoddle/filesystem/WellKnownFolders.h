@@ -53,32 +53,33 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/filesystem/Url.h"
 
 namespace quod {
 
 namespace User {
-[[nodiscard]] const Url& library();
-[[nodiscard]] const Url& caches();
-[[nodiscard]] const Url& appCaches();
-[[nodiscard]] const Url& documents();
-[[nodiscard]] const Url& applicationSupport();
+[[nodiscard]] QUODDLE_EXPORT const Url& library();
+[[nodiscard]] QUODDLE_EXPORT const Url& caches();
+[[nodiscard]] QUODDLE_EXPORT const Url& appCaches();
+[[nodiscard]] QUODDLE_EXPORT const Url& documents();
+[[nodiscard]] QUODDLE_EXPORT const Url& applicationSupport();
 }  // namespace User
 
 namespace NonSandboxedUser {
-[[nodiscard]] const Url& library();
-[[nodiscard]] const Url& currentAppApplicationSupport();
+[[nodiscard]] QUODDLE_EXPORT const Url& library();
+[[nodiscard]] QUODDLE_EXPORT const Url& currentAppApplicationSupport();
 }  // namespace NonSandboxedUser
 
 namespace Local {
-[[nodiscard]] const Url& library();
-[[nodiscard]] const Url& applications();
+[[nodiscard]] QUODDLE_EXPORT const Url& library();
+[[nodiscard]] QUODDLE_EXPORT const Url& applications();
 }  // namespace Local
 
 namespace System {
-[[nodiscard]] const Url& library();
-[[nodiscard]] const Url& iconResources();
-[[nodiscard]] const Url& applications();
+[[nodiscard]] QUODDLE_EXPORT const Url& library();
+[[nodiscard]] QUODDLE_EXPORT const Url& iconResources();
+[[nodiscard]] QUODDLE_EXPORT const Url& applications();
 }  // namespace System
 
 namespace internal {

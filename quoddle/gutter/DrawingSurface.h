@@ -10,6 +10,7 @@
 
 #include <string>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
@@ -30,7 +31,7 @@ struct TextRun {
     double contentsScale = 1;
 };
 
-class DrawingSurface {
+class QUODDLE_EXPORT DrawingSurface {
   public:
     virtual ~DrawingSurface() = default;
 

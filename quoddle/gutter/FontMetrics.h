@@ -11,12 +11,13 @@
 #include <memory>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/preferences/Font.h"
 
 namespace quod {
 
-class FontMetrics {
+class QUODDLE_EXPORT FontMetrics {
   public:
     virtual ~FontMetrics() = default;
 

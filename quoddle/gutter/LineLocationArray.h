@@ -19,12 +19,13 @@
 #include <limits>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/text/LineStartIndex.h"
 #include "quoddle/text/TextStorage.h"
 
 namespace quod {
 
-class LineLocationArray {
+class QUODDLE_EXPORT LineLocationArray {
   public:
     static constexpr int64_t emptyLastLine = std::numeric_limits<int64_t>::max();
 

@@ -13,13 +13,14 @@
 // thread only, apart from the first-use initialisation.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/gutter/DrawingSurface.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
 
 namespace quod {
 
-struct LineNumberAttributes {
+struct QUODDLE_EXPORT LineNumberAttributes {
     Font font;
     double fontSize;
     double digitWidth;

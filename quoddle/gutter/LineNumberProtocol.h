@@ -5,11 +5,13 @@
 // as the sender it accepts "FindBarChanged" from.
 #pragma once
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 class LineNumberView;
 
-class LineNumberProtocol {
+class QUODDLE_EXPORT LineNumberProtocol {
   public:
     virtual ~LineNumberProtocol() = default;
 

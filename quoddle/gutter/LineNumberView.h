@@ -41,6 +41,7 @@
 #include <memory>
 #include <optional>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/base/Signal.h"
@@ -52,7 +53,7 @@
 
 namespace quod {
 
-class LineNumberView {
+class QUODDLE_EXPORT LineNumberView {
   public:
     LineNumberView();
     ~LineNumberView();

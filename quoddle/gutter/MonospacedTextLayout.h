@@ -12,12 +12,13 @@
 
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/gutter/TextLayout.h"
 #include "quoddle/text/TextStorage.h"
 
 namespace quod {
 
-class MonospacedTextLayout : public TextLayout {
+class QUODDLE_EXPORT MonospacedTextLayout : public TextLayout {
   public:
     struct Metrics {
         double lineHeight = 14.0;

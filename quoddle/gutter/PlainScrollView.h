@@ -10,12 +10,13 @@
 
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/gutter/MonospacedTextLayout.h"
 #include "quoddle/gutter/ScrollViewGeometry.h"
 
 namespace quod {
 
-class PlainScrollView : public ScrollViewGeometry {
+class QUODDLE_EXPORT PlainScrollView : public ScrollViewGeometry {
   public:
     PlainScrollView(const std::shared_ptr<QuodTextView>& textView,
                     MonospacedTextLayout::Metrics metrics, Size viewportSize);

@@ -10,11 +10,12 @@
 #include <variant>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/gutter/DrawingSurface.h"
 
 namespace quod {
 
-class RecordingSurface : public DrawingSurface {
+class QUODDLE_EXPORT RecordingSurface : public DrawingSurface {
   public:
     struct Fill {
         Rect rect;

@@ -17,6 +17,7 @@
 // object weakly (std::weak_ptr), so the scroll view may go away first.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/gutter/TextLayout.h"
@@ -24,7 +25,7 @@
 
 namespace quod {
 
-class ScrollViewGeometry {
+class QUODDLE_EXPORT ScrollViewGeometry {
   public:
     virtual ~ScrollViewGeometry() = default;
 

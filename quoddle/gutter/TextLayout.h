@@ -12,12 +12,13 @@
 
 #include <cstdint>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/base/Range.h"
 
 namespace quod {
 
-class TextLayout {
+class QUODDLE_EXPORT TextLayout {
   public:
     virtual ~TextLayout() = default;
 

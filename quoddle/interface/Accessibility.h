@@ -20,19 +20,21 @@
 #include <optional>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod::Interface {
 
 inline constexpr std::string_view reduceTransparencyKey = "ReduceTransparency";
 inline constexpr std::string_view increaseContrastKey = "IncreaseContrast";
 inline constexpr std::string_view reduceMotionKey = "ReduceMotion";
 
-[[nodiscard]] bool reduceTransparency();
+[[nodiscard]] QUODDLE_EXPORT bool reduceTransparency();
 // Increased contrast asked for.
-[[nodiscard]] bool contrast();
-[[nodiscard]] bool reduceMotion();
+[[nodiscard]] QUODDLE_EXPORT bool contrast();
+[[nodiscard]] QUODDLE_EXPORT bool reduceMotion();
 
 // 1.0 when the user asked for reduced transparency or increased contrast, else `value` as given.
-[[nodiscard]] double alpha(double value);
+[[nodiscard]] QUODDLE_EXPORT double alpha(double value);
 
 namespace internal {
 

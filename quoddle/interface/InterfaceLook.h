@@ -8,14 +8,16 @@
 //     Interface::setLook(InterfaceLook::classic);   // gradients back in GradientBackgroundView
 #pragma once
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 enum class InterfaceLook { classic, flat };
 
 namespace Interface {
 
-[[nodiscard]] InterfaceLook look();
-void setLook(InterfaceLook look);
+[[nodiscard]] QUODDLE_EXPORT InterfaceLook look();
+QUODDLE_EXPORT void setLook(InterfaceLook look);
 
 }  // namespace Interface
 }  // namespace quod

@@ -12,6 +12,7 @@
 
 #include <span>
 
+#include "quoddle/Export.h"
 #include "quoddle/interface/Identifier.h"
 
 // clang-format off
@@ -51,7 +52,7 @@
 
 namespace quod {
 
-class NotificationName : public Identifier<NotificationName> {
+class QUODDLE_EXPORT NotificationName : public Identifier<NotificationName> {
   public:
     using Identifier::Identifier;
 

@@ -9,6 +9,7 @@
 
 #include <span>
 
+#include "quoddle/Export.h"
 #include "quoddle/interface/Identifier.h"
 
 // clang-format off
@@ -44,7 +45,7 @@
 
 namespace quod {
 
-class ToolbarItemIdentifier : public Identifier<ToolbarItemIdentifier> {
+class QUODDLE_EXPORT ToolbarItemIdentifier : public Identifier<ToolbarItemIdentifier> {
   public:
     using Identifier::Identifier;
 

@@ -9,6 +9,7 @@
 
 #include <span>
 
+#include "quoddle/Export.h"
 #include "quoddle/interface/Identifier.h"
 
 // clang-format off
@@ -55,7 +56,7 @@
 
 namespace quod {
 
-class UserInterfaceItemIdentifier : public Identifier<UserInterfaceItemIdentifier> {
+class QUODDLE_EXPORT UserInterfaceItemIdentifier : public Identifier<UserInterfaceItemIdentifier> {
   public:
     using Identifier::Identifier;
 

@@ -9,14 +9,16 @@
 //     Interface::rtl();   // true
 #pragma once
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 enum class UserInterfaceLayoutDirection { leftToRight, rightToLeft };
 
 namespace Interface {
 
-[[nodiscard]] UserInterfaceLayoutDirection userInterfaceLayoutDirection();
-void setUserInterfaceLayoutDirection(UserInterfaceLayoutDirection direction);
+[[nodiscard]] QUODDLE_EXPORT UserInterfaceLayoutDirection userInterfaceLayoutDirection();
+QUODDLE_EXPORT void setUserInterfaceLayoutDirection(UserInterfaceLayoutDirection direction);
 
 // Shorthand for a right-to-left layout direction.
 [[nodiscard]] inline bool rtl() {

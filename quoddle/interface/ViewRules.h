@@ -15,6 +15,7 @@
 //     Interface::centeredTitleRect({{0, 10}, {80, 20}}, 30);   // {{0, 5}, {80, 30}}
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/preferences/Color.h"
 
@@ -22,8 +23,8 @@ namespace quod::Interface {
 
 inline constexpr double groupRowAlpha = 0.52;
 
-[[nodiscard]] Color groupRowColor();
+[[nodiscard]] QUODDLE_EXPORT Color groupRowColor();
 
-[[nodiscard]] Rect centeredTitleRect(Rect titleRect, double naturalHeight);
+[[nodiscard]] QUODDLE_EXPORT Rect centeredTitleRect(Rect titleRect, double naturalHeight);
 
 }  // namespace quod::Interface

@@ -10,11 +10,12 @@
 #include <cstddef>
 #include <functional>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/PlatformAppearance.h"
 
 namespace quod {
 
-class Appearance {
+class QUODDLE_EXPORT Appearance {
   public:
     static const Appearance aqua;
     static const Appearance dark;

@@ -28,6 +28,7 @@
 #include <string>
 #include <utility>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/DefaultsKey.h"
 #include "quoddle/preferences/PropertyList.h"
 
@@ -46,7 +47,7 @@ enum class SystemColor {
     underPageBackground,
 };
 
-class Color {
+class QUODDLE_EXPORT Color {
   public:
     // Component-based colours: sRGB (what preferences read into), device RGB, generic
     // ("calibrated") RGB, generic gray. Components are kept as given.

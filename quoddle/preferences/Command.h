@@ -16,12 +16,13 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/DataItem.h"
 #include "quoddle/preferences/PropertyList.h"
 
 namespace quod {
 
-class Command : public DataItem<Command> {
+class QUODDLE_EXPORT Command : public DataItem<Command> {
   public:
     Command(std::string name, std::string text, bool isInline, bool suppressResult, bool newItem)
         : DataItem(std::move(name), std::move(text), newItem),

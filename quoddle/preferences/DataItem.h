@@ -21,17 +21,18 @@
 #include <utility>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CurrentLocale.h"
 
 namespace quod {
 namespace internal {
 
 // A new random version-4 UUID, upper case.
-[[nodiscard]] std::string makeUuidString();
+[[nodiscard]] QUODDLE_EXPORT std::string makeUuidString();
 
 // The indexes of `names` in localized standard order, stable.
-[[nodiscard]] std::vector<std::size_t> localizedOrder(const std::vector<const std::string*>& names,
-                                                      const icu::Locale& locale);
+[[nodiscard]] QUODDLE_EXPORT std::vector<std::size_t> localizedOrder(
+    const std::vector<const std::string*>& names, const icu::Locale& locale);
 
 }  // namespace internal
 

@@ -39,6 +39,7 @@
 #include <utility>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/Command.h"
 #include "quoddle/preferences/DefaultsKey.h"
 #include "quoddle/preferences/Font.h"
@@ -80,7 +81,7 @@ class KeyedDefault : public DefaultAccessor<Accessor, Value> {
 
 }  // namespace internal
 
-class DefaultBool : public internal::KeyedDefault<DefaultBool, bool> {
+class QUODDLE_EXPORT DefaultBool : public internal::KeyedDefault<DefaultBool, bool> {
   public:
     using KeyedDefault::KeyedDefault;
     [[nodiscard]] bool get() const;
@@ -89,28 +90,29 @@ class DefaultBool : public internal::KeyedDefault<DefaultBool, bool> {
 
 // Reads as DefaultBool; every write also stores the value under "NSQuitAlwaysKeepsWindows", so the
 // application's "resume windows" setting and the system's window restoration never disagree.
-class DefaultBoolResume : public internal::KeyedDefault<DefaultBoolResume, bool> {
+class QUODDLE_EXPORT DefaultBoolResume : public internal::KeyedDefault<DefaultBoolResume, bool> {
   public:
     using KeyedDefault::KeyedDefault;
     [[nodiscard]] bool get() const;
     void set(bool value) const;
 };
 
-class DefaultInt : public internal::KeyedDefault<DefaultInt, int64_t> {
+class QUODDLE_EXPORT DefaultInt : public internal::KeyedDefault<DefaultInt, int64_t> {
   public:
     using KeyedDefault::KeyedDefault;
     [[nodiscard]] int64_t get() const;
     void set(int64_t value) const;
 };
 
-class DefaultFloat : public internal::KeyedDefault<DefaultFloat, float> {
+class QUODDLE_EXPORT DefaultFloat : public internal::KeyedDefault<DefaultFloat, float> {
   public:
     using KeyedDefault::KeyedDefault;
     [[nodiscard]] float get() const;
     void set(float value) const;
 };
 
-class DefaultString : public internal::KeyedDefault<DefaultString, std::optional<std::string>> {
+class QUODDLE_EXPORT DefaultString
+    : public internal::KeyedDefault<DefaultString, std::optional<std::string>> {
   public:
     using KeyedDefault::KeyedDefault;
     [[nodiscard]] std::optional<std::string> get() const;
@@ -122,7 +124,7 @@ class DefaultString : public internal::KeyedDefault<DefaultString, std::optional
 // (more are ignored); the size must be a whole C-locale number, with no blanks or other text
 // around it. A missing string, a single part, an unreadable size or a font the catalogue lacks all
 // read as `fallbackFont()`, the same for all three font keys.
-class DefaultFont : public internal::DefaultAccessor<DefaultFont, Font> {
+class QUODDLE_EXPORT DefaultFont : public internal::DefaultAccessor<DefaultFont, Font> {
   public:
     constexpr explicit DefaultFont(Defaults::Key::Font key) : key_(key) {}
     [[nodiscard]] constexpr std::string_view key() const { return key_.rawValue(); }
@@ -141,7 +143,7 @@ class DefaultFont : public internal::DefaultAccessor<DefaultFont, Font> {
     Defaults::Key::Font key_;
 };
 
-class DefaultArrayData
+class QUODDLE_EXPORT DefaultArrayData
     : public internal::KeyedDefault<DefaultArrayData, std::optional<std::vector<Data>>> {
   public:
     using KeyedDefault::KeyedDefault;
@@ -149,7 +151,7 @@ class DefaultArrayData
     void set(std::optional<std::vector<Data>> value) const;
 };
 
-class DefaultArrayStandardDictionary
+class QUODDLE_EXPORT DefaultArrayStandardDictionary
     : public internal::KeyedDefault<DefaultArrayStandardDictionary,
                                     std::optional<std::vector<PlistDictionary>>> {
   public:
@@ -159,7 +161,7 @@ class DefaultArrayStandardDictionary
 };
 
 // Always the key "Commands"; see Command.h for the stored form.
-class DefaultArrayCommand
+class QUODDLE_EXPORT DefaultArrayCommand
     : public internal::DefaultAccessor<DefaultArrayCommand, std::vector<Command>> {
   public:
     constexpr DefaultArrayCommand() = default;
@@ -171,7 +173,7 @@ class DefaultArrayCommand
 };
 
 // Always the key "Snippets"; see Snippet.h for the stored form.
-class DefaultArraySnippet
+class QUODDLE_EXPORT DefaultArraySnippet
     : public internal::DefaultAccessor<DefaultArraySnippet, std::vector<Snippet>> {
   public:
     constexpr DefaultArraySnippet() = default;
@@ -183,7 +185,7 @@ class DefaultArraySnippet
 };
 
 // A dictionary whose keys and values are all strings; any other value reads as absent.
-class DefaultStringDictionary
+class QUODDLE_EXPORT DefaultStringDictionary
     : public internal::KeyedDefault<DefaultStringDictionary, std::optional<StringDictionary>> {
   public:
     using KeyedDefault::KeyedDefault;

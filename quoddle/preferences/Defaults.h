@@ -15,6 +15,7 @@
 // read and write them through `UserDefaults` by `Defaults::Key::...rawValue()`.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/DefaultAccessors.h"
 #include "quoddle/preferences/DefaultsKey.h"
 
@@ -52,7 +53,7 @@ inline constexpr DefaultFont textFont{Key::Font::text};
 
 // Reads `key` as a boolean (absent reads false) and stores the opposite. Usable with any key,
 // meaningful for boolean ones.
-void negate(Key key);
+QUODDLE_EXPORT void negate(Key key);
 
 }  // namespace Defaults
 }  // namespace quod

@@ -22,11 +22,12 @@
 #include <string_view>
 #include <utility>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/FontCatalogue.h"
 
 namespace quod {
 
-class Font {
+class QUODDLE_EXPORT Font {
   public:
     [[nodiscard]] static std::optional<Font> withName(std::string_view name, double pointSize);
 

@@ -20,9 +20,11 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class FontCatalogue {
+class QUODDLE_EXPORT FontCatalogue {
   public:
     virtual ~FontCatalogue() = default;
 

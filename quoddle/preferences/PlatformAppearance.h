@@ -17,9 +17,11 @@
 #include <string_view>
 #include <utility>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class PlatformAppearance {
+class QUODDLE_EXPORT PlatformAppearance {
   public:
     static constexpr std::string_view aquaName = "NSAppearanceNameAqua";
     static constexpr std::string_view darkAquaName = "NSAppearanceNameDarkAqua";

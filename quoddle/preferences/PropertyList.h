@@ -26,6 +26,7 @@
 #include <variant>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/strings/Data.h"
 
 namespace quod {
@@ -70,18 +71,19 @@ class PlistValue {
     Storage storage_;
 };
 
-[[nodiscard]] bool isEqualTo(const PlistValue& a, const PlistValue& b);
+[[nodiscard]] QUODDLE_EXPORT bool isEqualTo(const PlistValue& a, const PlistValue& b);
 
 inline constexpr std::size_t maximumPropertyListBytes = 256u << 20;
 inline constexpr int maximumPropertyListDepth = 512;
 
 // The value in XML or binary property-list bytes; no value when they are not a well-formed
 // property list or exceed the limits above.
-[[nodiscard]] std::optional<PlistValue> parsePropertyList(std::span<const uint8_t> bytes);
-[[nodiscard]] std::optional<PlistValue> parsePropertyList(std::string_view bytes);
+[[nodiscard]] QUODDLE_EXPORT std::optional<PlistValue> parsePropertyList(
+    std::span<const uint8_t> bytes);
+[[nodiscard]] QUODDLE_EXPORT std::optional<PlistValue> parsePropertyList(std::string_view bytes);
 
 // Serialisations. Values nested deeper than maximumPropertyListDepth are a programming error.
-[[nodiscard]] std::string xmlPropertyList(const PlistValue& value);
-[[nodiscard]] Data binaryPropertyList(const PlistValue& value);
+[[nodiscard]] QUODDLE_EXPORT std::string xmlPropertyList(const PlistValue& value);
+[[nodiscard]] QUODDLE_EXPORT Data binaryPropertyList(const PlistValue& value);
 
 }  // namespace quod

@@ -22,11 +22,12 @@
 
 #include <optional>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/PropertyList.h"
 
 namespace quod {
 
-[[nodiscard]] bool shouldUpdate(const std::optional<PlistValue>& oldValue,
-                                const std::optional<PlistValue>& newValue);
+[[nodiscard]] QUODDLE_EXPORT bool shouldUpdate(const std::optional<PlistValue>& oldValue,
+                                               const std::optional<PlistValue>& newValue);
 
 }  // namespace quod

@@ -14,12 +14,13 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/DataItem.h"
 #include "quoddle/preferences/PropertyList.h"
 
 namespace quod {
 
-class Snippet : public DataItem<Snippet> {
+class QUODDLE_EXPORT Snippet : public DataItem<Snippet> {
   public:
     Snippet(std::string name, std::string text, bool newItem)
         : DataItem(std::move(name), std::move(text), newItem) {}

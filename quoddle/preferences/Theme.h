@@ -18,6 +18,7 @@
 #include <optional>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/PropertyList.h"
 
 namespace quod::Theme {
@@ -31,6 +32,6 @@ enum class City : int64_t { stockholm = 0, copenhagen = 1, oslo = 2, helsinki = 
     return static_cast<City>(rawValue);
 }
 
-[[nodiscard]] const std::vector<PlistDictionary>& all();
+[[nodiscard]] QUODDLE_EXPORT const std::vector<PlistDictionary>& all();
 
 }  // namespace quod::Theme

@@ -27,11 +27,12 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/PropertyList.h"
 
 namespace quod {
 
-class UserDefaults {
+class QUODDLE_EXPORT UserDefaults {
   public:
     // A store kept in `file` (created on the first write, with its folder).
     [[nodiscard]] static std::shared_ptr<UserDefaults> persistent(std::filesystem::path file);

@@ -22,6 +22,8 @@
 #include <optional>
 #include <string>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 // What a modal run answers: which alert button ended it.
@@ -33,15 +35,15 @@ enum class ModalResponse : int {
 
 namespace Interface {
 
-ModalResponse alert(const std::string& message, const std::string& informativeText,
-                    const std::optional<std::string>& defaultTitle,
-                    const std::optional<std::string>& alternateTitle,
-                    const std::optional<std::string>& otherTitle,
-                    const std::optional<std::string>& suppression);
+QUODDLE_EXPORT ModalResponse alert(const std::string& message, const std::string& informativeText,
+                                   const std::optional<std::string>& defaultTitle,
+                                   const std::optional<std::string>& alternateTitle,
+                                   const std::optional<std::string>& otherTitle,
+                                   const std::optional<std::string>& suppression);
 
-void error(const std::string& message, const std::string& informativeText);
+QUODDLE_EXPORT void error(const std::string& message, const std::string& informativeText);
 
-void saveError();
+QUODDLE_EXPORT void saveError();
 
 }  // namespace Interface
 }  // namespace quod

@@ -14,12 +14,14 @@
 #include <QWidget>
 #include <cstdint>
 
+#include "quoddle/Export.h"
+
 class QLabel;
 class QPushButton;
 
 namespace quod {
 
-class CountTableCellView : public QWidget {
+class QUODDLE_EXPORT CountTableCellView : public QWidget {
     Q_OBJECT
 
   public:

@@ -9,13 +9,15 @@
 #include <QWidget>
 #include <memory>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 class GutterWidget;
 class QuodTextView;
 class TextViewWidget;
 
-class EditorPane : public QWidget {
+class QUODDLE_EXPORT EditorPane : public QWidget {
     Q_OBJECT
 
   public:

@@ -10,11 +10,12 @@
 
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/qt/TextViewWidget.h"
 
 namespace quod {
 
-class ExtraTextView : public TextViewWidget {
+class QUODDLE_EXPORT ExtraTextView : public TextViewWidget {
     Q_OBJECT
 
   public:

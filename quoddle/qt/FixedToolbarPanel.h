@@ -10,13 +10,15 @@
 #include <QMainWindow>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 class QToolBar;
 
 namespace quod {
 
 class MenuItem;
 
-class FixedToolbarPanel : public QMainWindow {
+class QUODDLE_EXPORT FixedToolbarPanel : public QMainWindow {
     Q_OBJECT
 
   public:

@@ -8,9 +8,11 @@
 
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class GradientBackgroundView : public QWidget {
+class QUODDLE_EXPORT GradientBackgroundView : public QWidget {
     Q_OBJECT
 
   public:

@@ -12,11 +12,13 @@
 #include <QRect>
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 class QPainter;
 
 namespace quod {
 
-class GroupTableRowView : public QWidget {
+class QUODDLE_EXPORT GroupTableRowView : public QWidget {
     Q_OBJECT
 
   public:

@@ -25,6 +25,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/gutter/LineNumberView.h"
 
@@ -33,7 +34,7 @@ namespace quod {
 class TextViewWidget;
 class TextViewScrollGeometry;
 
-class GutterWidget : public QWidget {
+class QUODDLE_EXPORT GutterWidget : public QWidget {
     Q_OBJECT
 
   public:

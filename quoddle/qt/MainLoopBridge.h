@@ -9,9 +9,11 @@
 #include <QObject>
 #include <QSocketNotifier>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class MainLoopBridge : public QObject {
+class QUODDLE_EXPORT MainLoopBridge : public QObject {
     Q_OBJECT
 
   public:

@@ -11,11 +11,13 @@
 //     Localize::mainMenu(*window.menuBar());   // "Bearbeiten" under LANGUAGE=de
 #pragma once
 
+#include "quoddle/Export.h"
+
 class QMenuBar;
 
 namespace quod::Localize {
 
-void mainMenu(QMenuBar& menuBar);
-void mainMenu();
+QUODDLE_EXPORT void mainMenu(QMenuBar& menuBar);
+QUODDLE_EXPORT void mainMenu();
 
 }  // namespace quod::Localize

@@ -17,9 +17,11 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class MenuItem : public QAction {
+class QUODDLE_EXPORT MenuItem : public QAction {
     Q_OBJECT
 
   public:

@@ -17,16 +17,18 @@
 #include <QWidget>
 #include <optional>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class PreferenceTabType {
+class QUODDLE_EXPORT PreferenceTabType {
   public:
     virtual ~PreferenceTabType() = default;
     [[nodiscard]] virtual QString tabLabel() const = 0;
     [[nodiscard]] virtual std::optional<QIcon> tabImage() const = 0;
 };
 
-class PreferenceTabViewController : public QWidget {
+class QUODDLE_EXPORT PreferenceTabViewController : public QWidget {
     Q_OBJECT
 
   public:

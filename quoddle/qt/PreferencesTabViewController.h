@@ -32,6 +32,8 @@
 #include <span>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 class QTabBar;
 
 namespace quod {
@@ -40,7 +42,7 @@ namespace internal {
 class PaneStack;
 }
 
-class PreferencesTabViewController : public QWidget {
+class QUODDLE_EXPORT PreferencesTabViewController : public QWidget {
     Q_OBJECT
 
   public:

@@ -28,6 +28,7 @@
 #include <optional>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/qt/PreferencesTabViewController.h"
 #include "quoddle/qt/SegmentedControl.h"
 #include "quoddle/qt/WindowController.h"
@@ -35,7 +36,7 @@
 
 namespace quod {
 
-class PreferencesWindowController : public WindowController {
+class QUODDLE_EXPORT PreferencesWindowController : public WindowController {
     Q_OBJECT
 
   public:

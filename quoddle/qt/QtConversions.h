@@ -18,14 +18,15 @@
 #include <QRectF>
 #include <array>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
 
 namespace quod {
 
-[[nodiscard]] QColor toQColor(const Color& color);
-[[nodiscard]] std::array<double, 4> colorComponents(const QColor& color);
+[[nodiscard]] QUODDLE_EXPORT QColor toQColor(const Color& color);
+[[nodiscard]] QUODDLE_EXPORT std::array<double, 4> colorComponents(const QColor& color);
 
 // Rectangles keep their numbers: both sides measure in points from the top left, y down.
 [[nodiscard]] inline QRectF toQRectF(const Rect& rect) {
@@ -35,7 +36,7 @@ namespace quod {
     return Rect{{rect.x(), rect.y()}, {rect.width(), rect.height()}};
 }
 
-[[nodiscard]] QFont toQFont(const Font& font, double pointSize);
+[[nodiscard]] QUODDLE_EXPORT QFont toQFont(const Font& font, double pointSize);
 [[nodiscard]] inline QFont toQFont(const Font& font) {
     return toQFont(font, font.pointSize());
 }

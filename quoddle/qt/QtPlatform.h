@@ -23,9 +23,11 @@
 
 #include <QObject>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class QtPlatform : public QObject {
+class QUODDLE_EXPORT QtPlatform : public QObject {
     Q_OBJECT
 
   public:

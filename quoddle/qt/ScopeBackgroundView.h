@@ -8,9 +8,11 @@
 
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class ScopeBackgroundView : public QWidget {
+class QUODDLE_EXPORT ScopeBackgroundView : public QWidget {
     Q_OBJECT
 
   public:

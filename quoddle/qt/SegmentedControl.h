@@ -13,11 +13,13 @@
 #include <QString>
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 class QHBoxLayout;
 
 namespace quod {
 
-class SegmentedControl : public QWidget {
+class QUODDLE_EXPORT SegmentedControl : public QWidget {
     Q_OBJECT
 
   public:

@@ -31,9 +31,11 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class SheetViewController : public QWidget {
+class QUODDLE_EXPORT SheetViewController : public QWidget {
     Q_OBJECT
 
   public:

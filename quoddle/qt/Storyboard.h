@@ -22,9 +22,11 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class Storyboard {
+class QUODDLE_EXPORT Storyboard {
   public:
     using Factory = std::function<std::unique_ptr<QObject>()>;
 

@@ -4,9 +4,11 @@
 
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class TabView : public QWidget {
+class QUODDLE_EXPORT TabView : public QWidget {
     Q_OBJECT
 
   public:

@@ -25,6 +25,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/text/QuodTextView.h"
 
@@ -32,7 +33,7 @@ class QTextLayout;
 
 namespace quod {
 
-class TextViewWidget : public QAbstractScrollArea {
+class QUODDLE_EXPORT TextViewWidget : public QAbstractScrollArea {
     Q_OBJECT
 
   public:

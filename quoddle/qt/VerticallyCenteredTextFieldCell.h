@@ -13,9 +13,11 @@
 #include <QRectF>
 #include <QStyledItemDelegate>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class VerticallyCenteredTextFieldCell : public QStyledItemDelegate {
+class QUODDLE_EXPORT VerticallyCenteredTextFieldCell : public QStyledItemDelegate {
     Q_OBJECT
 
   public:

@@ -34,6 +34,7 @@
 #include <optional>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/interface/Singleton.h"
 #include "quoddle/preferences/PropertyList.h"
@@ -41,7 +42,7 @@
 
 namespace quod {
 
-class WindowController : public QObject {
+class QUODDLE_EXPORT WindowController : public QObject {
     Q_OBJECT
 
   public:

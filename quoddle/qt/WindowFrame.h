@@ -17,15 +17,17 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod::WindowFrame {
 
-[[nodiscard]] std::string text(const QWidget& window);
+[[nodiscard]] QUODDLE_EXPORT std::string text(const QWidget& window);
 
 // The geometry that `text` stands for, when it can be one.
-[[nodiscard]] std::optional<QRect> geometry(std::string_view text);
+[[nodiscard]] QUODDLE_EXPORT std::optional<QRect> geometry(std::string_view text);
 
 // Sets the window's client geometry (its size alone with Part::sizeOnly) from the text.
 enum class Part { wholeFrame, sizeOnly };
-bool apply(QWidget& window, std::string_view text, Part part = Part::wholeFrame);
+QUODDLE_EXPORT bool apply(QWidget& window, std::string_view text, Part part = Part::wholeFrame);
 
 }  // namespace quod::WindowFrame

@@ -35,6 +35,7 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/preferences/PropertyList.h"
 #include "quoddle/runtime/Error.h"
 
@@ -47,18 +48,18 @@ using RestoreFunction = std::function<void(std::string_view identifier,
                                            const PlistDictionary& state, CompletionHandler)>;
 
 // Replaces a function registered under the same identifier.
-void registerClass(std::string identifier, RestoreFunction restore);
-[[nodiscard]] bool isClassRegistered(std::string_view identifier);
+QUODDLE_EXPORT void registerClass(std::string identifier, RestoreFunction restore);
+[[nodiscard]] QUODDLE_EXPORT bool isClassRegistered(std::string_view identifier);
 
-void setRestorationClass(QWidget& window, std::string_view identifier);
+QUODDLE_EXPORT void setRestorationClass(QWidget& window, std::string_view identifier);
 // Empty when the window has none.
-[[nodiscard]] std::string restorationClass(const QWidget& window);
+[[nodiscard]] QUODDLE_EXPORT std::string restorationClass(const QWidget& window);
 
-void setRestorable(QWidget& window, bool restorable);
-[[nodiscard]] bool isRestorable(const QWidget& window);
+QUODDLE_EXPORT void setRestorable(QWidget& window, bool restorable);
+[[nodiscard]] QUODDLE_EXPORT bool isRestorable(const QWidget& window);
 
-void saveWindows();
-void saveWindowsAtQuit();
-void restoreWindows();
+QUODDLE_EXPORT void saveWindows();
+QUODDLE_EXPORT void saveWindowsAtQuit();
+QUODDLE_EXPORT void restoreWindows();
 
 }  // namespace quod::WindowRestoration

@@ -8,8 +8,10 @@
 
 #include <QWidget>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-[[nodiscard]] double titlebarHeight(const QWidget& window);
+[[nodiscard]] QUODDLE_EXPORT double titlebarHeight(const QWidget& window);
 
 }  // namespace quod

@@ -6,10 +6,11 @@
 //     Background().async([path] { index(path); });
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/DispatchQueue.h"
 
 namespace quod {
 
-[[nodiscard]] const DispatchQueue& Background();
+[[nodiscard]] QUODDLE_EXPORT const DispatchQueue& Background();
 
 }  // namespace quod

@@ -15,9 +15,11 @@
 #include <filesystem>
 #include <utility>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class Bundle {
+class QUODDLE_EXPORT Bundle {
   public:
     explicit Bundle(std::filesystem::path bundlePath) : bundlePath_(std::move(bundlePath)) {}
 

@@ -18,11 +18,13 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 using Date = std::chrono::system_clock::time_point;
 
-class Calendar {
+class QUODDLE_EXPORT Calendar {
   public:
     [[nodiscard]] static Calendar gregorian();
 

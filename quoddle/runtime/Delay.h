@@ -6,10 +6,11 @@
 // only while the host drives the main loop.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/UniqueFunction.h"
 
 namespace quod {
 
-void Delay(double seconds, UniqueFunction<void()> closure);
+QUODDLE_EXPORT void Delay(double seconds, UniqueFunction<void()> closure);
 
 }  // namespace quod

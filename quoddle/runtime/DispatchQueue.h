@@ -32,6 +32,7 @@
 #include <string_view>
 #include <utility>
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/QualityOfService.h"
 #include "quoddle/runtime/UniqueFunction.h"
 
@@ -47,7 +48,7 @@ struct HeldQueue {
 };
 
 // The calling thread's turn on a queue, from construction to destruction.
-class QueueTurn {
+class QUODDLE_EXPORT QueueTurn {
   public:
     explicit QueueTurn(QueueState& queue);
     ~QueueTurn();
@@ -61,7 +62,7 @@ class QueueTurn {
 
 }  // namespace internal
 
-class DispatchQueue {
+class QUODDLE_EXPORT DispatchQueue {
   public:
     enum class Attributes { serial, concurrent };
     using Work = UniqueFunction<void()>;

@@ -15,11 +15,12 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/Error.h"
 
 namespace quod {
 
-struct ErrorType {
+struct QUODDLE_EXPORT ErrorType {
     enum class Domain { quillmere, tessiva };
     enum class Code : int { cannotConvertToEncoding = 1, cannotSaveDocument = 2 };
 
@@ -35,9 +36,10 @@ struct ErrorType {
     friend bool operator==(const ErrorType&, const ErrorType&) = default;
 };
 
-[[nodiscard]] std::string_view rawValue(ErrorType::Domain domain);
-[[nodiscard]] int rawValue(ErrorType::Code code);
-[[nodiscard]] std::optional<ErrorType::Domain> errorDomain(std::string_view rawValue);
-[[nodiscard]] std::optional<ErrorType::Code> errorCode(int rawValue);
+[[nodiscard]] QUODDLE_EXPORT std::string_view rawValue(ErrorType::Domain domain);
+[[nodiscard]] QUODDLE_EXPORT int rawValue(ErrorType::Code code);
+[[nodiscard]] QUODDLE_EXPORT std::optional<ErrorType::Domain> errorDomain(
+    std::string_view rawValue);
+[[nodiscard]] QUODDLE_EXPORT std::optional<ErrorType::Code> errorCode(int rawValue);
 
 }  // namespace quod

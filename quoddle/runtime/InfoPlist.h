@@ -15,11 +15,12 @@
 #include <span>
 #include <string>
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/Bundle.h"
 
 namespace quod {
 
-struct InfoPlist {
+struct QUODDLE_EXPORT InfoPlist {
     std::string build;
     std::string executable;
     std::string version;

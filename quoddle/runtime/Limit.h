@@ -21,8 +21,11 @@
 #include <functional>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod::Limit {
 
-void interval(std::string_view identifier, double duration, const std::function<void()>& closure);
+QUODDLE_EXPORT void interval(std::string_view identifier, double duration,
+                             const std::function<void()>& closure);
 
 }  // namespace quod::Limit

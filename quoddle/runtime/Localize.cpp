@@ -1,5 +1,6 @@
 #include "quoddle/runtime/Localize.h"
 
+#include <dlfcn.h>
 #include <libintl.h>
 #include <unicode/numberformatter.h>
 
@@ -13,6 +14,23 @@
 namespace quod::Localize {
 namespace {
 
+// The installed catalogues: beside the library that holds this code, by the relative path that
+// configuring fixed, so that a prefix chosen at install time (or a package's /usr) finds its own.
+// Linked statically, the code lies in the program, which may live anywhere: then the configured
+// prefix is all there is to go by.
+std::filesystem::path installedLocaleDirectory() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&installedLocaleDirectory), &info) != 0 &&
+        info.dli_fname != nullptr) {
+        std::error_code error;
+        const std::filesystem::path library = std::filesystem::canonical(info.dli_fname, error);
+        if (!error && library != internal::runningExecutablePath()) {
+            return (library.parent_path() / QUODDLE_LOCALEDIR_FROM_LIBDIR).lexically_normal();
+        }
+    }
+    return QUODDLE_INSTALL_LOCALEDIR;
+}
+
 std::filesystem::path chooseLocaleDirectory() {
     if (const char* override = std::getenv("QUODDLE_LOCALEDIR"); override && *override) {
         return override;
@@ -25,7 +43,7 @@ std::filesystem::path chooseLocaleDirectory() {
         const std::filesystem::path relative = executable.lexically_relative(buildTree);
         if (!relative.empty() && *relative.begin() != "..") return QUODDLE_BUILD_LOCALEDIR;
     }
-    return QUODDLE_INSTALL_LOCALEDIR;
+    return installedLocaleDirectory();
 }
 
 void bindDomainOnce() {

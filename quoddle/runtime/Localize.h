@@ -27,6 +27,7 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/runtime/LocalizeEntries.h"
 #include "quoddle/runtime/StringFormat.h"
 
@@ -35,21 +36,23 @@ namespace quod::Localize {
 inline constexpr std::string_view textDomain = "quoddle";
 
 // The translation of `key`, or `key` itself when there is none. The empty key gives "".
-[[nodiscard]] std::string string(std::string_view key);
+[[nodiscard]] QUODDLE_EXPORT std::string string(std::string_view key);
 
 // The translation of `key`, filled in by formatString (printf-style, `%@` for text).
-[[nodiscard]] std::string format(std::string_view key, std::span<const FormatArgument> arguments);
+[[nodiscard]] QUODDLE_EXPORT std::string format(std::string_view key,
+                                                std::span<const FormatArgument> arguments);
 [[nodiscard]] inline std::string format(std::string_view key,
                                         std::initializer_list<FormatArgument> arguments) {
     return format(key, std::span<const FormatArgument>(arguments.begin(), arguments.size()));
 }
 
-[[nodiscard]] std::string intString(std::int64_t value);
+[[nodiscard]] QUODDLE_EXPORT std::string intString(std::int64_t value);
 
 // Where the compiled catalogues are read from, chosen once: $QUODDLE_LOCALEDIR when set; else the
 // build tree's `locale` folder when the running program lives in the build tree (tests, tools);
-// else the installed locale folder (<prefix>/share/locale).
-[[nodiscard]] const std::filesystem::path& localeDirectory();
+// else the installed one, <prefix>/share/locale for the prefix that holds the shared library (for
+// a static library, the prefix it was configured for).
+[[nodiscard]] QUODDLE_EXPORT const std::filesystem::path& localeDirectory();
 
 enum class Group { plain, ellipsis, lowercase };
 
@@ -61,9 +64,9 @@ struct Entry {
     const std::string& (*text)();
 };
 
-[[nodiscard]] std::span<const Entry> entries();
+[[nodiscard]] QUODDLE_EXPORT std::span<const Entry> entries();
 
-#define QUOD_LOCALIZE_DECLARE(member, key) [[nodiscard]] const std::string& member();
+#define QUOD_LOCALIZE_DECLARE(member, key) [[nodiscard]] QUODDLE_EXPORT const std::string& member();
 QUOD_LOCALIZE_PLAIN_ENTRIES(QUOD_LOCALIZE_DECLARE)
 namespace Ellipsis {
 QUOD_LOCALIZE_ELLIPSIS_ENTRIES(QUOD_LOCALIZE_DECLARE)

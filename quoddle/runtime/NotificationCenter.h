@@ -33,6 +33,7 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Signal.h"
 
 namespace quod {
@@ -43,7 +44,7 @@ struct Notification {
     std::map<std::string, std::any> userInfo;
 };
 
-class NotificationCenter {
+class QUODDLE_EXPORT NotificationCenter {
   public:
     using Observer = std::function<void(const Notification&)>;
 
@@ -67,6 +68,6 @@ class NotificationCenter {
     std::shared_ptr<Core> core_;
 };
 
-[[nodiscard]] NotificationCenter& Notifications();
+[[nodiscard]] QUODDLE_EXPORT NotificationCenter& Notifications();
 
 }  // namespace quod

@@ -8,9 +8,11 @@
 
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-class ProcessInfo {
+class QUODDLE_EXPORT ProcessInfo {
   public:
     [[nodiscard]] static const ProcessInfo& processInfo();
 

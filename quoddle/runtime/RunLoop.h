@@ -40,6 +40,7 @@
 #include <functional>
 #include <memory>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/runtime/UniqueFunction.h"
 
@@ -49,7 +50,7 @@ namespace internal {
 struct RunLoopState;
 }
 
-class RunLoop {
+class QUODDLE_EXPORT RunLoop {
   public:
     using Task = UniqueFunction<void()>;
     using Clock = std::chrono::steady_clock;

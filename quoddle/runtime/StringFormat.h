@@ -23,6 +23,8 @@
 #include <type_traits>
 #include <variant>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 class FormatArgument {
@@ -50,8 +52,8 @@ class FormatArgument {
     Value value_;
 };
 
-[[nodiscard]] std::string formatString(std::string_view format,
-                                       std::span<const FormatArgument> arguments);
+[[nodiscard]] QUODDLE_EXPORT std::string formatString(std::string_view format,
+                                                      std::span<const FormatArgument> arguments);
 
 inline std::string formatString(std::string_view format,
                                 std::initializer_list<FormatArgument> arguments) {

@@ -10,13 +10,15 @@
 #include <functional>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 using LogSink = std::function<void(std::string_view message)>;
 
-void systemLog(std::string_view message);
+QUODDLE_EXPORT void systemLog(std::string_view message);
 
 // Installs `sink` (an empty function restores standard error) and returns the one it replaces.
-LogSink setSystemLogSink(LogSink sink);
+QUODDLE_EXPORT LogSink setSystemLogSink(LogSink sink);
 
 }  // namespace quod

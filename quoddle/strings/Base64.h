@@ -10,10 +10,12 @@
 
 #include <string>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-void toBase64(std::u16string& s);
+QUODDLE_EXPORT void toBase64(std::u16string& s);
 
-void fromBase64(std::u16string& s);
+QUODDLE_EXPORT void fromBase64(std::u16string& s);
 
 }  // namespace quod

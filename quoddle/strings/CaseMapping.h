@@ -12,15 +12,16 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CurrentLocale.h"
 
 namespace quod {
 
-[[nodiscard]] std::u16string localizedUppercase(std::u16string_view text,
-                                                const icu::Locale& locale = currentLocale());
-[[nodiscard]] std::u16string localizedLowercase(std::u16string_view text,
-                                                const icu::Locale& locale = currentLocale());
-[[nodiscard]] std::u16string localizedCapitalized(std::u16string_view text,
-                                                  const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT std::u16string localizedUppercase(
+    std::u16string_view text, const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT std::u16string localizedLowercase(
+    std::u16string_view text, const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT std::u16string localizedCapitalized(
+    std::u16string_view text, const icu::Locale& locale = currentLocale());
 
 }  // namespace quod

@@ -12,12 +12,14 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 using Data = std::vector<std::uint8_t>;
 
-[[nodiscard]] std::string hexString(std::span<const std::uint8_t> bytes);
+[[nodiscard]] QUODDLE_EXPORT std::string hexString(std::span<const std::uint8_t> bytes);
 
-[[nodiscard]] std::optional<Data> sha256Digest(std::span<const std::uint8_t> bytes);
+[[nodiscard]] QUODDLE_EXPORT std::optional<Data> sha256Digest(std::span<const std::uint8_t> bytes);
 
 }  // namespace quod

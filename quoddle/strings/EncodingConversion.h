@@ -24,16 +24,18 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/strings/Data.h"
 #include "quoddle/strings/StringEncoding.h"
 
 namespace quod {
 
-[[nodiscard]] bool isConvertible(EncodingNumber encoding);
+[[nodiscard]] QUODDLE_EXPORT bool isConvertible(EncodingNumber encoding);
 
-[[nodiscard]] std::optional<std::u16string> decodeText(std::span<const std::uint8_t> bytes,
-                                                       EncodingNumber encoding);
+[[nodiscard]] QUODDLE_EXPORT std::optional<std::u16string> decodeText(
+    std::span<const std::uint8_t> bytes, EncodingNumber encoding);
 
-[[nodiscard]] std::optional<Data> encodeText(std::u16string_view text, EncodingNumber encoding);
+[[nodiscard]] QUODDLE_EXPORT std::optional<Data> encodeText(std::u16string_view text,
+                                                            EncodingNumber encoding);
 
 }  // namespace quod

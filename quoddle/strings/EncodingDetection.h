@@ -42,12 +42,13 @@
 #include <cstdint>
 #include <span>
 
+#include "quoddle/Export.h"
 #include "quoddle/strings/StringEncoding.h"
 
 namespace quod::Text {
 
-[[nodiscard]] EncodingNumber guessEncoding(std::span<const std::uint8_t> from);
+[[nodiscard]] QUODDLE_EXPORT EncodingNumber guessEncoding(std::span<const std::uint8_t> from);
 
-[[nodiscard]] EncodingNumber detectEncoding(std::span<const std::uint8_t> from);
+[[nodiscard]] QUODDLE_EXPORT EncodingNumber detectEncoding(std::span<const std::uint8_t> from);
 
 }  // namespace quod::Text

@@ -24,10 +24,11 @@
 
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/strings/StringEncoding.h"
 
 namespace quod {
 
-[[nodiscard]] EncodingNumber encodingForIanaCharsetName(std::string_view name);
+[[nodiscard]] QUODDLE_EXPORT EncodingNumber encodingForIanaCharsetName(std::string_view name);
 
 }  // namespace quod

@@ -11,8 +11,12 @@
 //   - removeLineEndings: CR LF, CR and LF all vanish.
 // Converting text that already uses the target convention returns it unchanged.
 //
-// The enumerator `unix` compiles only in a strict ISO mode (-std=c++20, which the project uses):
-// the GNU modes predefine `unix` as a macro.
+// The GNU modes (-std=gnu++20, what CMake gives a target unless told otherwise) predefine `unix`
+// as the macro 1. The declarations that spell the word set that macro aside and restore it after
+// them, so this header compiles in every mode and leaves the host's macros as they were. Code of
+// the host's own that writes `LineEnding::unix` in a GNU mode needs `#undef unix` before it (or
+// -Uunix, or a strict mode such as -std=c++20); `allLineEndings[0]` and
+// `lineEndingFromRawValue(0)` name the same ending without the word.
 #pragma once
 
 #include <array>
@@ -21,9 +25,10 @@
 #include <string>
 #include <string_view>
 
-#ifdef unix
-#error "LineEnding.h needs a strict ISO mode (-std=c++20): the GNU modes define `unix` as a macro"
-#endif
+#include "quoddle/Export.h"
+
+#pragma push_macro("unix")
+#undef unix
 
 namespace quod {
 
@@ -52,13 +57,17 @@ inline constexpr char16_t paragraphSeparator = 0x2029;
 inline constexpr char16_t nextLine = 0x0085;
 }  // namespace Const::UniChar::LineEnding
 
-namespace Text {
-
-[[nodiscard]] std::u16string convert(std::u16string_view string, LineEnding toLineEnding);
-
-[[nodiscard]] std::u16string replaceLineEndingCharacters(std::u16string_view in);
-
-[[nodiscard]] std::u16string removeLineEndings(std::u16string_view in);
-
-}  // namespace Text
 }  // namespace quod
+
+#pragma pop_macro("unix")
+
+namespace quod::Text {
+
+[[nodiscard]] QUODDLE_EXPORT std::u16string convert(std::u16string_view string,
+                                                    LineEnding toLineEnding);
+
+[[nodiscard]] QUODDLE_EXPORT std::u16string replaceLineEndingCharacters(std::u16string_view in);
+
+[[nodiscard]] QUODDLE_EXPORT std::u16string removeLineEndings(std::u16string_view in);
+
+}  // namespace quod::Text

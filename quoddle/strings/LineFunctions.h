@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Precondition.h"
 #include "quoddle/base/Range.h"
 
@@ -40,20 +41,21 @@ struct LineBounds {
 };
 
 // Preconditions: `range` lies inside `text`.
-[[nodiscard]] LineBounds lineBounds(std::u16string_view text, Range range);
-[[nodiscard]] LineBounds paragraphBounds(std::u16string_view text, Range range);
+[[nodiscard]] QUODDLE_EXPORT LineBounds lineBounds(std::u16string_view text, Range range);
+[[nodiscard]] QUODDLE_EXPORT LineBounds paragraphBounds(std::u16string_view text, Range range);
 
 // Appends offset + (the position behind each line terminator in text), in order; a CR LF pair
 // counts once, behind its LF. `nextIsLineFeed` says whether the unit after `text` is an LF, in
 // which case a CR at its very end is the first half of a pair and yields nothing.
 // Scans blocks of units at a time; the building block of line indexes.
-void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineFeed,
-                      std::vector<int64_t>& starts);
+QUODDLE_EXPORT void appendLineStarts(std::u16string_view text, int64_t offset, bool nextIsLineFeed,
+                                     std::vector<int64_t>& starts);
 
 // The contents of each line, terminators dropped, as the platform's line enumeration yields them:
 // "a\r\nb\n" gives "a", "b" (no empty line after a final terminator) and "" gives nothing. The
 // views point into `text`.
-[[nodiscard]] std::vector<std::u16string_view> enumerateLines(std::u16string_view text);
+[[nodiscard]] QUODDLE_EXPORT std::vector<std::u16string_view> enumerateLines(
+    std::u16string_view text);
 
 [[nodiscard]] inline Range lineRange(std::u16string_view text, Range range) {
     return lineBounds(text, range).range();

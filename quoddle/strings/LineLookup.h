@@ -13,13 +13,14 @@
 #include <cstdint>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 
 namespace quod {
 
 // Precondition: location >= 0.
-[[nodiscard]] int64_t lineNumber(std::u16string_view s, int64_t location);
+[[nodiscard]] QUODDLE_EXPORT int64_t lineNumber(std::u16string_view s, int64_t location);
 
-[[nodiscard]] Range range(std::u16string_view s, int64_t lineNumber);
+[[nodiscard]] QUODDLE_EXPORT Range range(std::u16string_view s, int64_t lineNumber);
 
 }  // namespace quod

@@ -17,11 +17,12 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CurrentLocale.h"
 
 namespace quod {
 
-[[nodiscard]] std::weak_ordering localizedStandardCompare(
+[[nodiscard]] QUODDLE_EXPORT std::weak_ordering localizedStandardCompare(
     std::u16string_view a, std::u16string_view b, const icu::Locale& locale = currentLocale());
 
 enum class SortOrder { ascending, descending };
@@ -29,7 +30,7 @@ enum class SortOrder { ascending, descending };
 // The indexes of `strings` in localized standard order; equal strings keep their relative order
 // (also when descending). Computes one collation key per string, so sorting n strings costs n key
 // computations and O(n log n) byte comparisons, not O(n log n) collations.
-[[nodiscard]] std::vector<std::size_t> localizedStandardOrder(
+[[nodiscard]] QUODDLE_EXPORT std::vector<std::size_t> localizedStandardOrder(
     const std::vector<std::u16string_view>& strings, SortOrder order,
     const icu::Locale& locale = currentLocale());
 

@@ -34,6 +34,8 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod::Octal {
 
 enum class Mode { mask, permission };
@@ -48,7 +50,7 @@ enum class UserClass : int { user = 0, group = 1, other = 2 };
 }
 
 // "user", "group" or "other".
-[[nodiscard]] std::string_view title(UserClass userClass);
+[[nodiscard]] QUODDLE_EXPORT std::string_view title(UserClass userClass);
 
 // The three rights of one user class.
 struct Attribute {
@@ -77,27 +79,27 @@ struct Mask {
     friend bool operator==(const Mask&, const Mask&) = default;
 };
 
-[[nodiscard]] std::string preparedString(std::string_view from);
+[[nodiscard]] QUODDLE_EXPORT std::string preparedString(std::string_view from);
 
-[[nodiscard]] std::string displayString(std::string_view from, Mode mode);
+[[nodiscard]] QUODDLE_EXPORT std::string displayString(std::string_view from, Mode mode);
 
 // The permission column of the table for one character.
-[[nodiscard]] std::string_view permission(std::string_view character);
+[[nodiscard]] QUODDLE_EXPORT std::string_view permission(std::string_view character);
 
 // The mask column of the table for one character.
-[[nodiscard]] std::string_view mask(std::string_view character);
+[[nodiscard]] QUODDLE_EXPORT std::string_view mask(std::string_view character);
 
 // The mask digit ("0" to "7") that leaves exactly these rights.
-[[nodiscard]] std::string_view maskCharacter(Attribute from);
+[[nodiscard]] QUODDLE_EXPORT std::string_view maskCharacter(Attribute from);
 
 // The rights a mask digit leaves; a character that is not an octal digit leaves none.
-[[nodiscard]] Attribute attribute(std::string_view from);
+[[nodiscard]] QUODDLE_EXPORT Attribute attribute(std::string_view from);
 
 // Base 8, a leading minus sign for negative values, no prefix: 493 -> "755", -8 -> "-10".
-[[nodiscard]] std::string fromInt(int64_t value);
+[[nodiscard]] QUODDLE_EXPORT std::string fromInt(int64_t value);
 
 // The value of an optionally signed ("+" or "-") run of octal digits, or no value for anything
 // else (empty text, other characters, white space) and for values outside int64_t.
-[[nodiscard]] std::optional<int64_t> toInt(std::string_view from);
+[[nodiscard]] QUODDLE_EXPORT std::optional<int64_t> toInt(std::string_view from);
 
 }  // namespace quod::Octal

@@ -15,18 +15,21 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-[[nodiscard]] std::string lastPathComponent(std::string_view path);
+[[nodiscard]] QUODDLE_EXPORT std::string lastPathComponent(std::string_view path);
 
-[[nodiscard]] std::string shortenHomeFolder(std::string_view s);
+[[nodiscard]] QUODDLE_EXPORT std::string shortenHomeFolder(std::string_view s);
 
 // The home folder as the shell's "~" means it: $HOME, else the user's entry in the password
 // database; "" when neither says.
-[[nodiscard]] std::string homeFolder();
+[[nodiscard]] QUODDLE_EXPORT std::string homeFolder();
 
 // The same with the home folder given, as tests and callers that already know it use it.
-[[nodiscard]] std::string shortenHomeFolder(std::string_view s, std::string_view home);
+[[nodiscard]] QUODDLE_EXPORT std::string shortenHomeFolder(std::string_view s,
+                                                           std::string_view home);
 
 namespace internal {
 

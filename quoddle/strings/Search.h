@@ -15,17 +15,21 @@
 #include <optional>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 
 namespace quod {
 
-[[nodiscard]] std::optional<int64_t> index(std::u16string_view s, std::u16string_view of,
-                                           int64_t startPosition);
+[[nodiscard]] QUODDLE_EXPORT std::optional<int64_t> index(std::u16string_view s,
+                                                          std::u16string_view of,
+                                                          int64_t startPosition);
 
-[[nodiscard]] std::optional<Range> indexRange(std::u16string_view s, std::u16string_view of,
-                                              int64_t startPosition);
+[[nodiscard]] QUODDLE_EXPORT std::optional<Range> indexRange(std::u16string_view s,
+                                                             std::u16string_view of,
+                                                             int64_t startPosition);
 
-[[nodiscard]] std::optional<int64_t> utf16Index(std::u16string_view s, std::u16string_view of,
-                                                int64_t startPosition);
+[[nodiscard]] QUODDLE_EXPORT std::optional<int64_t> utf16Index(std::u16string_view s,
+                                                               std::u16string_view of,
+                                                               int64_t startPosition);
 
 }  // namespace quod

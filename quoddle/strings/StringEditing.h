@@ -19,31 +19,35 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CurrentLocale.h"
 #include "quoddle/strings/StringEdge.h"
 
 namespace quod {
 
-void chop(std::u16string& s, std::u16string_view string, StringEdge fromEdge);
+QUODDLE_EXPORT void chop(std::u16string& s, std::u16string_view string, StringEdge fromEdge);
 
-void insert(std::u16string& s, std::u16string_view string, StringEdge atEdge);
+QUODDLE_EXPORT void insert(std::u16string& s, std::u16string_view string, StringEdge atEdge);
 
-[[nodiscard]] std::u16string quote(std::u16string_view s);
+[[nodiscard]] QUODDLE_EXPORT std::u16string quote(std::u16string_view s);
 
-[[nodiscard]] std::u16string trim(std::u16string_view s, bool alsoNewline, StringEdge edge);
+[[nodiscard]] QUODDLE_EXPORT std::u16string trim(std::u16string_view s, bool alsoNewline,
+                                                 StringEdge edge);
 
-[[nodiscard]] std::u16string firstUppercased(std::u16string_view s,
-                                             const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT std::u16string firstUppercased(
+    std::u16string_view s, const icu::Locale& locale = currentLocale());
 
-[[nodiscard]] bool containsCaseInsensitive(std::u16string_view s, std::u16string_view other);
+[[nodiscard]] QUODDLE_EXPORT bool containsCaseInsensitive(std::u16string_view s,
+                                                          std::u16string_view other);
 
 // Every non-overlapping occurrence of `target`, found left to right, replaced by `replacement`:
 // the platform's literal replace-all. An empty target matches nothing.
-[[nodiscard]] std::u16string replacingOccurrences(std::u16string_view text,
-                                                  std::u16string_view target,
-                                                  std::u16string_view replacement);
+[[nodiscard]] QUODDLE_EXPORT std::u16string replacingOccurrences(std::u16string_view text,
+                                                                 std::u16string_view target,
+                                                                 std::u16string_view replacement);
 
 // True when the two texts are equal under full Unicode case folding (no locale).
-[[nodiscard]] bool equalsCaseInsensitive(std::u16string_view s, std::u16string_view other);
+[[nodiscard]] QUODDLE_EXPORT bool equalsCaseInsensitive(std::u16string_view s,
+                                                        std::u16string_view other);
 
 }  // namespace quod

@@ -19,6 +19,8 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
 using EncodingNumber = std::uint64_t;
@@ -66,13 +68,13 @@ struct StringEncoding {
 
 namespace Misc {
 
-[[nodiscard]] const std::vector<StringEncoding>& allStringEncodings();
+[[nodiscard]] QUODDLE_EXPORT const std::vector<StringEncoding>& allStringEncodings();
 
 }  // namespace Misc
 
 // The platform's display name of an encoding, such as "Western (ISO Latin 1)"; empty for a number
 // that has none (0, unknown numbers, and a few real encodings the platform leaves unnamed).
-[[nodiscard]] std::string_view localizedEncodingName(EncodingNumber encoding);
+[[nodiscard]] QUODDLE_EXPORT std::string_view localizedEncodingName(EncodingNumber encoding);
 
 namespace Const::Miscellaneous {
 // The extended file attribute in which the platform records a saved text file's encoding.

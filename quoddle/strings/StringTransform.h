@@ -13,9 +13,11 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
+
 namespace quod {
 
-struct StringTransform {
+struct QUODDLE_EXPORT StringTransform {
     enum class Kind : int {
         toLatin = 0,
         latinASCII = 1,

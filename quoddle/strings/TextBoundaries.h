@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Precondition.h"
 #include "quoddle/base/Range.h"
 
@@ -23,27 +24,29 @@ namespace quod {
 
 // The range widened outwards to whole grapheme clusters. An empty range stays empty, moved back to
 // the start of the cluster it falls in.
-[[nodiscard]] Range composedCharacterRange(std::u16string_view text, Range range);
+[[nodiscard]] QUODDLE_EXPORT Range composedCharacterRange(std::u16string_view text, Range range);
 
-[[nodiscard]] int64_t characterCount(std::u16string_view text);
+[[nodiscard]] QUODDLE_EXPORT int64_t characterCount(std::u16string_view text);
 
 // Every cluster boundary, from 0 to text.size() inclusive: character i is
 // [boundaries[i], boundaries[i + 1]).
-[[nodiscard]] std::vector<int64_t> characterBoundaries(std::u16string_view text);
+[[nodiscard]] QUODDLE_EXPORT std::vector<int64_t> characterBoundaries(std::u16string_view text);
 
 // UTF-16 offset reached by stepping `characters` clusters forward from the start of the text;
 // no value when the text has fewer clusters.
-[[nodiscard]] std::optional<int64_t> offsetOfCharacter(std::u16string_view text,
-                                                       int64_t characters);
+[[nodiscard]] QUODDLE_EXPORT std::optional<int64_t> offsetOfCharacter(std::u16string_view text,
+                                                                      int64_t characters);
 
 // Number of whole clusters in [0, position): a position inside a cluster rounds down.
-[[nodiscard]] int64_t characterIndexOfOffset(std::u16string_view text, int64_t position);
+[[nodiscard]] QUODDLE_EXPORT int64_t characterIndexOfOffset(std::u16string_view text,
+                                                            int64_t position);
 
 // The word-break segment that holds the unit at `position` (which must be < text.size()).
-[[nodiscard]] Range wordBreakSegment(std::u16string_view text, int64_t position,
-                                     const icu::Locale& locale);
+[[nodiscard]] QUODDLE_EXPORT Range wordBreakSegment(std::u16string_view text, int64_t position,
+                                                    const icu::Locale& locale);
 
 // The segments that are words, in order.
-[[nodiscard]] std::vector<Range> wordRanges(std::u16string_view text, const icu::Locale& locale);
+[[nodiscard]] QUODDLE_EXPORT std::vector<Range> wordRanges(std::u16string_view text,
+                                                           const icu::Locale& locale);
 
 }  // namespace quod

@@ -13,13 +13,15 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/CurrentLocale.h"
 
 namespace quod {
 
-[[nodiscard]] std::vector<std::u16string> words(std::u16string_view s,
-                                                const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT std::vector<std::u16string> words(
+    std::u16string_view s, const icu::Locale& locale = currentLocale());
 
-[[nodiscard]] int64_t wordCount(std::u16string_view s, const icu::Locale& locale = currentLocale());
+[[nodiscard]] QUODDLE_EXPORT int64_t wordCount(std::u16string_view s,
+                                               const icu::Locale& locale = currentLocale());
 
 }  // namespace quod

@@ -16,8 +16,11 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
+
 namespace quod::Text {
 
-[[nodiscard]] std::vector<std::u16string> separateCommand(std::u16string_view command);
+[[nodiscard]] QUODDLE_EXPORT std::vector<std::u16string> separateCommand(
+    std::u16string_view command);
 
 }  // namespace quod::Text

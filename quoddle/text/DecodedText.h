@@ -25,6 +25,7 @@
 #include <optional>
 #include <span>
 
+#include "quoddle/Export.h"
 #include "quoddle/strings/Data.h"
 #include "quoddle/strings/StringEncoding.h"
 #include "quoddle/text/TextStorage.h"
@@ -37,17 +38,18 @@ struct DecodedText {
     Data byteOrderMark;  // as the bytes began, written back unchanged
 };
 
-[[nodiscard]] std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes);
+[[nodiscard]] QUODDLE_EXPORT std::optional<DecodedText> decodeDocument(
+    std::span<const std::uint8_t> bytes);
 // The user's chosen encoding first ("open documents with this encoding"): `preferred` when the
 // bytes decode whole in it, else the choice above, so a file the choice cannot read still opens.
 // `Encodings::none` as `preferred` is the plain `decodeDocument`.
-[[nodiscard]] std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes,
-                                                        EncodingNumber preferred);
+[[nodiscard]] QUODDLE_EXPORT std::optional<DecodedText> decodeDocument(
+    std::span<const std::uint8_t> bytes, EncodingNumber preferred);
 
 using ByteSink = std::function<void(std::span<const std::uint8_t>)>;
 
-[[nodiscard]] bool writeDocument(const TextStorage& text, EncodingNumber encoding,
-                                 std::span<const std::uint8_t> byteOrderMark,
-                                 const ByteSink& write);
+[[nodiscard]] QUODDLE_EXPORT bool writeDocument(const TextStorage& text, EncodingNumber encoding,
+                                                std::span<const std::uint8_t> byteOrderMark,
+                                                const ByteSink& write);
 
 }  // namespace quod

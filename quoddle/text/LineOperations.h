@@ -18,56 +18,57 @@
 
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/text/QuodTextView.h"
 
 namespace quod::Text {
 
 // Removes one leading space or tab from each line of the selection; never more than one unit a
 // line. Stops early at the end of the text. With `select`, the touched lines end up selected.
-void shiftLeft(QuodTextView& view, bool select);
+QUODDLE_EXPORT void shiftLeft(QuodTextView& view, bool select);
 
 // Inserts `indent` at the start of each line of the selection, empty lines included, then selects
 // the lines.
-void shiftRight(QuodTextView& view, std::u16string_view indent);
+QUODDLE_EXPORT void shiftRight(QuodTextView& view, std::u16string_view indent);
 
 // In the whole lines of the selection, every non-overlapping occurrence of `replace` (anywhere in
 // a line) becomes one TAB; leaves an insertion point at the selection's start.
-void spacesToTab(QuodTextView& view, std::u16string_view replace);
+QUODDLE_EXPORT void spacesToTab(QuodTextView& view, std::u16string_view replace);
 
 // In the whole lines of the selection, every TAB becomes `replacement`.
-void tabToSpaces(QuodTextView& view, std::u16string_view replacement);
+QUODDLE_EXPORT void tabToSpaces(QuodTextView& view, std::u16string_view replacement);
 
 // Trims trailing whitespace (TAB, the Unicode space separators and U+200B) and empties blank
 // lines, from the selection's start to its end and the line that starts exactly at its end; with
 // an insertion point that is the current line and the one below it.
-void removeNeedlessWhitespace(QuodTextView& view);
+QUODDLE_EXPORT void removeNeedlessWhitespace(QuodTextView& view);
 
 // Removes CR LF, CR and LF inside the selection (an insertion point joins its line with the next).
-void removeLineEndingsInSelection(QuodTextView& view);
+QUODDLE_EXPORT void removeLineEndingsInSelection(QuodTextView& view);
 
 // Sorts the lines touched by the raw selection (the whole text when it is empty) in localized
 // standard order, joins them with LF (no terminator after the last) and puts them in place of the
 // raw selection itself, selected. Equal lines keep their order; `reverse` puts greater lines first.
-void sort(QuodTextView& view, bool reverse);
+QUODDLE_EXPORT void sort(QuodTextView& view, bool reverse);
 
 // As sort, but keeps the first of each group of canonically equivalent lines, in their order.
-void unique(QuodTextView& view);
+QUODDLE_EXPORT void unique(QuodTextView& view);
 
 // Swaps the lines of the raw selection with the line above and keeps the selection on them. The
 // last line, when unterminated, runs together with the line it passes.
-void moveUp(QuodTextView& view);
+QUODDLE_EXPORT void moveUp(QuodTextView& view);
 
 // Swaps the lines of the raw selection with the line below; an unterminated last line gains an LF
 // as it moves up, and the selection then lands one unit before the moved lines.
-void moveDown(QuodTextView& view);
+QUODDLE_EXPORT void moveDown(QuodTextView& view);
 
 // Inserts a copy of the lines of the raw selection behind them, selected.
-void duplicateLine(QuodTextView& view);
+QUODDLE_EXPORT void duplicateLine(QuodTextView& view);
 
 // Selects the whole lines of the raw selection.
-void selectLine(QuodTextView& view);
+QUODDLE_EXPORT void selectLine(QuodTextView& view);
 
 // Widens the selection a step: to a word, then the paragraph, then everything.
-void selectMore(QuodTextView& view);
+QUODDLE_EXPORT void selectMore(QuodTextView& view);
 
 }  // namespace quod::Text

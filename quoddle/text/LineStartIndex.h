@@ -14,12 +14,13 @@
 #include <span>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/base/SplitVector.h"
 
 namespace quod {
 
-class LineStartIndex {
+class QUODDLE_EXPORT LineStartIndex {
   public:
     LineStartIndex();
     LineStartIndex(LineStartIndex&& other) noexcept;

@@ -19,6 +19,7 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/text/TextStorage.h"
@@ -29,7 +30,7 @@ namespace quod {
 class QuodTextView;
 
 // May refuse a change; held weakly by the view.
-class QuodTextViewDelegate {
+class QUODDLE_EXPORT QuodTextViewDelegate {
   public:
     virtual ~QuodTextViewDelegate() = default;
     virtual bool textViewShouldChangeText(QuodTextView& view, Range range,
@@ -38,7 +39,7 @@ class QuodTextViewDelegate {
 
 enum class SelectionGranularity { selectByCharacter, selectByWord, selectByParagraph };
 
-class QuodTextView {
+class QUODDLE_EXPORT QuodTextView {
   public:
     QuodTextView();
     explicit QuodTextView(std::u16string_view text);

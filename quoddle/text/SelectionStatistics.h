@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 
 namespace quod::Text {
@@ -19,7 +20,7 @@ struct SelectionCount {
 // Sums over the ranges in order. A range of length 0, or one that ends past the string, is
 // skipped; overlapping ranges count twice. A range may cut a surrogate pair: its halves are
 // counted as they stand.
-[[nodiscard]] SelectionCount selectionCount(std::u16string_view string,
-                                            const std::vector<Range>& selectionArray);
+[[nodiscard]] QUODDLE_EXPORT SelectionCount
+selectionCount(std::u16string_view string, const std::vector<Range>& selectionArray);
 
 }  // namespace quod::Text

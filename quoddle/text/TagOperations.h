@@ -2,6 +2,7 @@
 // insertion point.
 #pragma once
 
+#include "quoddle/Export.h"
 #include "quoddle/text/QuodTextView.h"
 
 namespace quod::Text {
@@ -13,11 +14,11 @@ namespace quod::Text {
 // images, inputs, links, params, frames, areas, bases, comments, processing instructions,
 // server-side blocks) are passed over. Does nothing with a real selection or when no element is
 // open. Costs one pass back over the text before the insertion point at most.
-void closeTag(QuodTextView& view);
+QUODDLE_EXPORT void closeTag(QuodTextView& view);
 
 // Replaces the word under the insertion point by an empty element of that name, with the
 // insertion point between the tags. Without a word there it sounds the alert and changes nothing.
 // The insertion point is placed as if the word selection held no surrounding spaces.
-void newTag(QuodTextView& view);
+QUODDLE_EXPORT void newTag(QuodTextView& view);
 
 }  // namespace quod::Text

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/base/Signal.h"
 #include "quoddle/base/SplitVector.h"
@@ -26,7 +27,7 @@ struct TextStorageEdit {
     int64_t changeInLength;  // new length minus old length
 };
 
-class TextStorage {
+class QUODDLE_EXPORT TextStorage {
   public:
     TextStorage();
     explicit TextStorage(std::u16string_view text);

@@ -17,12 +17,13 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/text/TextStorage.h"
 
 namespace quod {
 
-class UndoManager {
+class QUODDLE_EXPORT UndoManager {
   public:
     void beginUndoGrouping(Range selection);
     void endUndoGrouping(Range selection);

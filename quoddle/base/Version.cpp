@@ -1,0 +1,9 @@
+#include "quoddle/Version.h"
+
+namespace quod {
+
+std::string_view version() {
+    return QUODDLE_VERSION_STRING;
+}
+
+}  // namespace quod
