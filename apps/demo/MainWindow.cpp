@@ -4,10 +4,12 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QStatusBar>
 
 #include "demo/TextMenus.h"
 #include "demo/ThemeMenu.h"
+#include "quoddle/Version.h"
 #include "quoddle/filesystem/Url.h"
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Color.h"
@@ -55,6 +57,7 @@ MainWindow::MainWindow(QWidget* parent)
     commands_ = new CommandRunner(*menuBar(), *output_, [this] { return document_.get(); });
     new ThemeMenu(*menuBar());
     addViewMenu();
+    addHelpMenu();
 
     TextViewWidget& textView = editor_->textView();
     connect(&textView, &TextViewWidget::selectionChanged, this,
@@ -183,6 +186,20 @@ void MainWindow::addViewMenu() {
     for (auto* dock : findChildren<QDockWidget*>())
         menu->addAction(dock->toggleViewAction());
     menu->actions().front()->setText(QString::fromStdString(Localize::toggleSidebar()));
+}
+
+void MainWindow::addHelpMenu() {
+    QMenu* menu = menuBar()->addMenu("Help");
+    menu->setObjectName("helpMenu");
+    QAction* about = menu->addAction("About Quoddle Demo");
+    about->setMenuRole(QAction::AboutRole);
+    connect(about, &QAction::triggered, this, [this] {
+        // The version of the library the demo runs with, which a newer package may have replaced.
+        QMessageBox::about(this, "About Quoddle Demo",
+                           QString("Quoddle Demo shows the Quoddle text-services framework.\n\n"
+                                   "Quoddle %1, MIT licence.")
+                               .arg(QString::fromUtf8(quod::version())));
+    });
 }
 
 void MainWindow::documentChanged() {

@@ -3,7 +3,8 @@
 // menus for files, the text operations, snippets, commands and themes. The File menu also opens
 // the shared preferences window, another window ("New Window", through `newWindowRequested`),
 // closes this one and quits the application with its windows left open (so "Resume" brings them
-// back). Failures to open or save show the framework's error alert.
+// back). Help > About names the framework's version. Failures to open or save show the framework's
+// error alert.
 //
 // The window always has a document: an untitled one until a file is opened. Opening replaces it
 // (the demo edits one document at a time); a file that cannot be opened leaves the current one.
@@ -54,6 +55,7 @@ class MainWindow : public QMainWindow {
   private:
     void addFileMenu();
     void addViewMenu();
+    void addHelpMenu();
     void documentChanged();
     void updateTitle();
     void applyThemeColors();

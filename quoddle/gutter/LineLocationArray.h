@@ -45,7 +45,8 @@ class QUODDLE_EXPORT LineLocationArray {
     // Not yet built: nothing happens and the answer is false.
     bool apply(const TextStorage& textStorage, const TextStorageEdit& edit);
 
-    friend bool operator==(const LineLocationArray& array, const std::vector<int64_t>& locations);
+    friend QUODDLE_EXPORT bool operator==(const LineLocationArray& array,
+                                          const std::vector<int64_t>& locations);
 
   private:
     bool indexed_ = false;

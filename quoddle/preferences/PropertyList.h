@@ -34,7 +34,7 @@ namespace quod {
 // Seconds since 2001-01-01 00:00:00 UTC, as property lists count time.
 struct PlistDate {
     double secondsSinceReferenceDate = 0;
-    friend bool operator==(const PlistDate& a, const PlistDate& b);
+    friend QUODDLE_EXPORT bool operator==(const PlistDate& a, const PlistDate& b);
 };
 
 class PlistValue;
@@ -65,7 +65,7 @@ class PlistValue {
     }
     [[nodiscard]] const Storage& storage() const { return storage_; }
 
-    friend bool operator==(const PlistValue& a, const PlistValue& b);
+    friend QUODDLE_EXPORT bool operator==(const PlistValue& a, const PlistValue& b);
 
   private:
     Storage storage_;

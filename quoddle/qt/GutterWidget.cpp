@@ -4,6 +4,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <cmath>
+#include <functional>
 
 #include "quoddle/gutter/LineNumberProtocol.h"
 #include "quoddle/qt/QPainterSurface.h"
@@ -12,23 +13,24 @@
 #include "quoddle/qt/TextViewWidget.h"
 
 namespace quod {
+namespace {
 
-// The core holds its delegate weakly, and a widget belongs to its Qt parent: a small shared
-// object stands in for the widget.
-class GutterWidget::Delegate : public LineNumberProtocol {
+class WidthDelegate : public LineNumberProtocol {
   public:
-    explicit Delegate(GutterWidget& gutter) : gutter_(gutter) {}
-    void lineNumberViewNeedsWidth(LineNumberView&, double width) override { gutter_.widen(width); }
+    explicit WidthDelegate(std::function<void(double)> widen) : widen_(std::move(widen)) {}
+    void lineNumberViewNeedsWidth(LineNumberView&, double width) override { widen_(width); }
 
   private:
-    GutterWidget& gutter_;
+    std::function<void(double)> widen_;
 };
+
+}  // namespace
 
 GutterWidget::GutterWidget(TextViewWidget& textView, QWidget* parent)
     : QWidget(parent),
       textView_(&textView),
       scrollGeometry_(std::make_shared<TextViewScrollGeometry>(textView)),
-      delegate_(std::make_shared<Delegate>(*this)) {
+      delegate_(std::make_shared<WidthDelegate>([this](double width) { widen(width); })) {
     // Only a gutter without a text view draws nothing; the background then shows.
     setAutoFillBackground(true);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);

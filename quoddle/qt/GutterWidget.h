@@ -50,14 +50,14 @@ class QUODDLE_EXPORT GutterWidget : public QWidget {
     void mouseMoveEvent(QMouseEvent* event) override;
 
   private:
-    class Delegate;
-
     void setUp();
     void widen(double width);
 
     QPointer<TextViewWidget> textView_;
     std::shared_ptr<TextViewScrollGeometry> scrollGeometry_;
-    std::shared_ptr<Delegate> delegate_;
+    // The core holds its delegate weakly, and a widget belongs to its Qt parent: a small shared
+    // object stands in for the widget.
+    std::shared_ptr<LineNumberProtocol> delegate_;
     LineNumberView lineNumberView_;
     Connection displayObserver_;
 };

@@ -12,12 +12,14 @@
 
 #include "demo/MainWindow.h"
 #include "demo/ThemeMenu.h"
+#include "quoddle/Version.h"
 #include "quoddle/base/Utf.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/qt/StringConversion.h"
+#include "tests/support/AlertAnswers.h"
 
 using quod::Defaults::Key;
 using quod::demo::MainWindow;
@@ -217,6 +219,19 @@ class DemoAppTests : public QObject {
         window.document().textView()->selectAll();
         menu->actions().front()->trigger();
         QCOMPARE(textOf(window), QString("<b>word</b>"));
+    }
+
+    void helpAboutNamesTheFrameworkVersion() {
+        MainWindow window;
+        auto* menu = window.findChild<QMenu*>("helpMenu");
+        QVERIFY(menu != nullptr);
+        QString shown;
+        quod::testing::AlertAnswers::whenAlertShows([&shown](QMessageBox& box) {
+            shown = box.text();
+            box.accept();
+        });
+        menu->actions().front()->trigger();
+        QVERIFY2(shown.contains(QString("Quoddle ") + QUODDLE_VERSION_STRING), qPrintable(shown));
     }
 
     void aThemeRepaintsTheEditorInItsBackgroundColour() {

@@ -156,6 +156,7 @@ TEST(QuodHelp, TheToolAndEveryCommandExplainThemselves) {
         EXPECT_TRUE(help.starts_with(std::string("usage: quod ") + command)) << help;
     }
     EXPECT_NE(output({"transform", "--help"}, "").find("hiraganaToKatakana"), std::string::npos);
+    EXPECT_EQ(output({"--version"}, ""), "quod " QUOD_EXPECTED_VERSION "\n");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "Commands.h"
 #include "Document.h"
 #include "Failure.h"
+#include "quoddle/Version.h"
 
 namespace quod::tool {
 namespace {
@@ -47,7 +48,7 @@ std::string overview() {
         "The input's encoding is read from its declaration or its bytes, and the result is\n"
         "written in the same encoding.\n"
         "\n"
-        "quod COMMAND --help describes one command.\n";
+        "quod COMMAND --help describes one command; quod --version prints the version.\n";
     return text;
 }
 
@@ -65,6 +66,11 @@ int runTool(const std::vector<std::string>& arguments) {
     const std::string& name = arguments.front();
     if (name == "--help" || name == "-h" || name == "help") {
         writeStandardOutput(overview());
+        return 0;
+    }
+    if (name == "--version") {
+        // The library's version: the one this program is running with.
+        writeStandardOutput("quod " + std::string(quod::version()) + "\n");
         return 0;
     }
     const Command* command = commandNamed(name);
