@@ -80,8 +80,8 @@ bool isMemberOf(gid_t group) {
     if (count <= 0) return false;
     std::vector<gid_t> groups(static_cast<std::size_t>(count));
     const int filled = ::getgroups(count, groups.data());
-    return filled > 0 && std::find(groups.begin(), groups.begin() + filled, group) !=
-                             groups.begin() + filled;
+    return filled > 0 &&
+           std::find(groups.begin(), groups.begin() + filled, group) != groups.begin() + filled;
 }
 
 // A rename would make a new file in the target's place: one with a single link, our owner and
@@ -132,8 +132,8 @@ bool copyExtendedAttributes(const std::string& from, int to, std::error_code* er
             size = ::lgetxattr(from.c_str(), name, value.data(), value.size());
         }
         const bool copied =
-            size >= 0 && systemCalls().fsetxattr(to, name, value.data(),
-                                                 static_cast<std::size_t>(size), 0) == 0;
+            size >= 0 &&
+            systemCalls().fsetxattr(to, name, value.data(), static_cast<std::size_t>(size), 0) == 0;
         if (!copied && mustKeep(name)) return failWithErrno(error);
     }
     return true;
@@ -223,10 +223,9 @@ std::optional<FileReplacement> FileReplacement::replacing(const std::string& pat
     if (replacement.existed_ && mustWriteInPlace(status, replacement.folder_)) {
         replacement.method_ = Method::inPlace;
     }
-    replacement.newFileMode_ =
-        newFile == NewFilePermissions::ownerOnly ? 0600
-        : hasDefaultAcl(replacement.folder_)     ? 0666
-                                                 : 0666 & ~currentUmask();
+    replacement.newFileMode_ = newFile == NewFilePermissions::ownerOnly ? 0600
+                               : hasDefaultAcl(replacement.folder_)     ? 0666
+                                                                        : 0666 & ~currentUmask();
     if (!replacement.openTemporaryFile(error)) return std::nullopt;
     return replacement;
 }
@@ -306,10 +305,10 @@ bool FileReplacement::commit(std::error_code* error) {
     if (!descriptor_.valid()) {
         return fail(error, std::make_error_code(std::errc::bad_file_descriptor));
     }
-    const bool committed = method_ == Method::inPlace
-                               ? internal::overwriteInPlace(target_.c_str(), descriptor_.get(),
-                                                            &failure_)
-                               : commitByRename(&failure_);
+    const bool committed =
+        method_ == Method::inPlace
+            ? internal::overwriteInPlace(target_.c_str(), descriptor_.get(), &failure_)
+            : commitByRename(&failure_);
     descriptor_.reset();
     if (committed) return true;
     failed_ = true;
@@ -343,8 +342,8 @@ bool FileReplacement::nameTemporaryFile(std::error_code* error) {
     }
     if (linked != 0) {
         const std::string self = "/proc/self/fd/" + std::to_string(file);
-        linked = systemCalls().linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(),
-                                      AT_SYMLINK_FOLLOW);
+        linked =
+            systemCalls().linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
     }
     if (linked != 0) {
         failWithErrno(error);
@@ -355,7 +354,9 @@ bool FileReplacement::nameTemporaryFile(std::error_code* error) {
     return true;
 }
 
-void FileReplacement::removeTemporaryFiles() noexcept { internal::removeRegisteredScratchFiles(); }
+void FileReplacement::removeTemporaryFiles() noexcept {
+    internal::removeRegisteredScratchFiles();
+}
 
 void FileReplacement::installSignalCleanup() {
     static std::once_flag installed;

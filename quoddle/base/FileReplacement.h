@@ -79,8 +79,9 @@ class FileReplacement {
 
     [[nodiscard]] static std::optional<FileReplacement> replacing(const std::string& path,
                                                                   std::error_code* error = nullptr);
-    [[nodiscard]] static std::optional<FileReplacement> replacing(
-        const std::string& path, NewFilePermissions newFile, std::error_code* error = nullptr);
+    [[nodiscard]] static std::optional<FileReplacement> replacing(const std::string& path,
+                                                                  NewFilePermissions newFile,
+                                                                  std::error_code* error = nullptr);
 
     FileReplacement(FileReplacement&& other) noexcept;
     FileReplacement& operator=(FileReplacement&&) = delete;

@@ -348,9 +348,11 @@ bool UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
     // on a replaced file would guard nothing. The kernel drops it if this process dies.
     const std::filesystem::path lockPath = file_.string() + ".lock";
     const FileDescriptor lockFile(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!lockFile.valid()) return writeFailed(lockPath, std::error_code(errno, std::system_category()));
+    if (!lockFile.valid())
+        return writeFailed(lockPath, std::error_code(errno, std::system_category()));
     while (::flock(lockFile.get(), LOCK_EX) != 0) {
-        if (errno != EINTR) return writeFailed(lockPath, std::error_code(errno, std::system_category()));
+        if (errno != EINTR)
+            return writeFailed(lockPath, std::error_code(errno, std::system_category()));
     }
 
     // Another process may have written since we last looked: start from what is on disk now,
@@ -388,9 +390,8 @@ bool UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
         FileReplacement::replacing(file_, FileReplacement::NewFilePermissions::ownerOnly, &error);
     struct stat written {};
     if (!replacement ||
-        !replacement->write(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                      bytes.size()),
-                            &error) ||
+        !replacement->write(
+            std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), &error) ||
         !replacement->commit(&error)) {
         return writeFailed(file_, error);
     }
@@ -408,7 +409,8 @@ bool UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
 bool UserDefaults::writeFailed(const std::filesystem::path& file, std::error_code reason) const {
     // One line per outage, not one per setting tried while the disk stays full.
     if (!std::exchange(state_->writeFailing, true)) {
-        systemLog(formatString("File manager error: %@", {file.string() + ": " + reason.message()}));
+        systemLog(
+            formatString("File manager error: %@", {file.string() + ": " + reason.message()}));
     }
     return false;
 }

@@ -9,8 +9,9 @@
 // write is seen at once. Every write locks the file's companion lock with flock (the kernel drops
 // it if the writer dies), reads the file again, applies the change and replaces the file through
 // FileReplacement (a new store file is made with mode 0600): concurrent writers lose no update,
-// a crash never leaves a torn file or a readable copy, and a symbolic link to the store stays one. A write that changes nothing does not touch the
-// file. A file that exists but does not parse reads as an empty domain and is kept beside as
+// a crash never leaves a torn file or a readable copy, and a symbolic link to the store stays one.
+// A write that changes nothing does not touch the file. A file that exists but does not parse reads
+// as an empty domain and is kept beside as
 // "<file>.corrupt" before the first write replaces it, with one line in the log.
 //
 // Typed getters coerce as the platform does (a stored string "YES" reads as true, 2.67 reads as

@@ -1,7 +1,5 @@
-#include "quoddle/base/FileReplacement.h"
-
-#include <gtest/gtest.h>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -16,6 +14,7 @@
 #include <sstream>
 #include <string>
 
+#include "quoddle/base/FileReplacement.h"
 #include "tests/base/SystemCallFaults.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
@@ -39,7 +38,9 @@ struct stat statusOf(const std::string& path) {
     return status;
 }
 
-mode_t modeOf(const std::string& path) { return statusOf(path).st_mode & 07777; }
+mode_t modeOf(const std::string& path) {
+    return statusOf(path).st_mode & 07777;
+}
 
 bool replace(const std::string& path, std::string_view contents) {
     auto file = FileReplacement::replacing(path);
@@ -108,7 +109,7 @@ TEST_F(FileReplacementTests, CommitReplacesTheContentsAndKeepsThePermissions) {
     EXPECT_EQ(file->method(), FileReplacement::Method::rename);
     ASSERT_TRUE(file->write(bytesOf("new ")));
     ASSERT_TRUE(file->write(bytesOf("contents")));
-    EXPECT_EQ(read(path), "old");  // nothing shows before the commit
+    EXPECT_EQ(read(path), "old");                               // nothing shows before the commit
     EXPECT_EQ(entries(), std::vector<std::string>{"doc.txt"});  // not even a name
     ASSERT_TRUE(file->commit());
     EXPECT_EQ(read(path), "new contents");
@@ -385,8 +386,8 @@ TEST_F(FileReplacementAsAnotherUser, KeepsOwnerAndGroupByWritingInPlace) {
     ASSERT_EQ(::chown(plain.c_str(), nobody, nobody), 0);
     EXPECT_EQ(replaceAsNobody(plain, "renamed"), 1);
     EXPECT_EQ(read(plain), "renamed");
-    EXPECT_EQ(entries(), (std::vector<std::string>{"grouped.txt", "own.txt", "plain.txt",
-                                                   "shared.txt"}));
+    EXPECT_EQ(entries(),
+              (std::vector<std::string>{"grouped.txt", "own.txt", "plain.txt", "shared.txt"}));
 }
 
 }  // namespace

@@ -21,13 +21,25 @@
 namespace quod::testing {
 
 enum class SystemCall {
-    open, read, write, pwrite, ftruncate, fsync, fchmod, fchown, fsetxattr, linkat, rename,
-    unlink, close, count
+    open,
+    read,
+    write,
+    pwrite,
+    ftruncate,
+    fsync,
+    fchmod,
+    fchown,
+    fsetxattr,
+    linkat,
+    rename,
+    unlink,
+    close,
+    count
 };
 
 inline constexpr std::array<std::string_view, static_cast<int>(SystemCall::count)> systemCallNames{
-    "open", "read", "write", "pwrite", "ftruncate", "fsync", "fchmod", "fchown", "fsetxattr",
-    "linkat", "rename", "unlink", "close"};
+    "open",   "read",      "write",  "pwrite", "ftruncate", "fsync", "fchmod",
+    "fchown", "fsetxattr", "linkat", "rename", "unlink",    "close"};
 
 class SystemCallFaults {
   public:

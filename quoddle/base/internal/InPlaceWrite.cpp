@@ -39,11 +39,14 @@ struct BackupHead {
 constexpr off_t headSize = sizeof magic + sizeof(BackupHead);
 constexpr time_t keepOrphanSeconds = 30 * 24 * 3600;
 
-bool isAbsolute(const char* path) { return path != nullptr && path[0] == '/'; }
+bool isAbsolute(const char* path) {
+    return path != nullptr && path[0] == '/';
+}
 
 std::optional<std::string> cacheHome() {
     if (const char* cache = std::getenv("XDG_CACHE_HOME"); isAbsolute(cache)) return cache;
-    if (const char* home = std::getenv("HOME"); isAbsolute(home)) return std::string(home) + "/.cache";
+    if (const char* home = std::getenv("HOME"); isAbsolute(home))
+        return std::string(home) + "/.cache";
     if (const passwd* user = ::getpwuid(::geteuid()); user != nullptr && isAbsolute(user->pw_dir)) {
         return std::string(user->pw_dir) + "/.cache";
     }
@@ -137,7 +140,8 @@ class HeldSignals {
     HeldSignals() {
         sigset_t held;
         sigemptyset(&held);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&held, signal);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&held, signal);
         pthread_sigmask(SIG_BLOCK, &held, &previous_);
     }
     ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
@@ -171,8 +175,7 @@ std::optional<std::string> privateScratchFolder(std::error_code* error) {
 bool overwriteInPlace(const char* targetPath, int source, std::error_code* error) {
     const auto folder = privateScratchFolder(error);
     if (!folder) return false;
-    const FileDescriptor target(
-        systemCalls().open(targetPath, O_RDWR | O_NOFOLLOW | O_CLOEXEC, 0));
+    const FileDescriptor target(systemCalls().open(targetPath, O_RDWR | O_NOFOLLOW | O_CLOEXEC, 0));
     if (!target.valid()) return failWithErrno(error);
     struct stat status {};
     if (::fstat(target.get(), &status) != 0) return failWithErrno(error);
@@ -206,11 +209,10 @@ bool overwriteInPlace(const char* targetPath, int source, std::error_code* error
 
     const HeldSignals held;
     uint64_t length = 0;
-    const bool written =
-        copyToEnd(source, 0, target.get(), 0, &length, error) &&
-        (systemCalls().ftruncate(target.get(), static_cast<off_t>(length)) == 0 ||
-         failWithErrno(error)) &&
-        (systemCalls().fsync(target.get()) == 0 || failWithErrno(error));
+    const bool written = copyToEnd(source, 0, target.get(), 0, &length, error) &&
+                         (systemCalls().ftruncate(target.get(), static_cast<off_t>(length)) == 0 ||
+                          failWithErrno(error)) &&
+                         (systemCalls().fsync(target.get()) == 0 || failWithErrno(error));
     if (!written) {
         // The old contents go back at once; if even that fails, the backup stays for the next
         // replacement to restore.

@@ -42,8 +42,12 @@ uint64_t randomBits() {
     return static_cast<uint64_t>(now) * 0x9E3779B97F4A7C15ull + counter.fetch_add(1);
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f'); }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'f');
+}
 
 // The writer's process id in a scratch name, or 0.
 pid_t writerOf(std::string_view name) {
@@ -108,8 +112,8 @@ bool isScratchName(std::string_view name) {
     const std::size_t start = name.rfind(marker);
     if (start == std::string_view::npos) return false;
     const std::string_view pid =
-        name.substr(start + marker.size(), name.size() - suffix.size() - hexDigits - 1 -
-                                               (start + marker.size()));
+        name.substr(start + marker.size(),
+                    name.size() - suffix.size() - hexDigits - 1 - (start + marker.size()));
     return !pid.empty() && std::all_of(pid.begin(), pid.end(), isDigit) &&
            name[name.size() - suffix.size() - hexDigits - 1] == '-';
 }
