@@ -1,10 +1,8 @@
 // `quod -i` on every kind of file a user may point it at, and interrupted at random moments by
 // SIGKILL, SIGTERM and SIGINT: the file is always whole (the old contents or the new), no copy
 // of a private file is ever readable by others, and nothing stays behind.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,8 +21,6 @@
 #include "QuodRunner.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
-
-extern char** environ;
 
 namespace quod::testing {
 namespace {
@@ -85,22 +81,8 @@ TEST_F(QuodInPlaceOnAnyFile, LinksAndReadOnlyFoldersKeepWhatTheUserHas) {
 }
 
 // Starts `quod` on its own, with nothing to read and its output thrown away.
-pid_t startQuod(const std::vector<std::string>& arguments) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    std::vector<std::string> all{QUOD_BINARY};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& argument : all)
-        argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    pid_t child = -1;
-    const int spawned = posix_spawn(&child, QUOD_BINARY, &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return spawned == 0 ? child : -1;
+pid_t startQuietQuod(const std::vector<std::string>& arguments) {
+    return startQuod(arguments, "/dev/null", "/dev/null", "/dev/null");
 }
 
 // Watches a folder as fast as it can and notes any entry but `keep` that others could read.
@@ -160,7 +142,8 @@ TEST_F(QuodInPlaceOnAnyFile, InterruptedSortLeavesThePrivateFileWholeAndNothingB
     {
         const FolderWatch watch(folder_.path(), "private.txt");
         int status = 0;
-        ASSERT_EQ(::waitpid(startQuod({"sort", "-i", path}), &status, 0) > 0 && status == 0, true);
+        ASSERT_EQ(::waitpid(startQuietQuod({"sort", "-i", path}), &status, 0) > 0 && status == 0,
+                  true);
     }
     const auto duration = std::chrono::steady_clock::now() - begin;
     std::uniform_int_distribution<long> moment(
@@ -176,7 +159,7 @@ TEST_F(QuodInPlaceOnAnyFile, InterruptedSortLeavesThePrivateFileWholeAndNothingB
             int status = 0;
             {
                 const FolderWatch watch(folder_.path(), "private.txt");
-                const pid_t child = startQuod({"sort", "-i", path});
+                const pid_t child = startQuietQuod({"sort", "-i", path});
                 ASSERT_GT(child, 0);
                 std::this_thread::sleep_for(std::chrono::microseconds(moment(random)));
                 ::kill(child, signal);

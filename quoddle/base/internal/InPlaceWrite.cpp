@@ -1,6 +1,5 @@
 #include "quoddle/base/internal/InPlaceWrite.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <pwd.h>
@@ -11,10 +10,10 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <memory>
 
 #include "quoddle/base/FileDescriptor.h"
 #include "quoddle/base/internal/FileWriting.h"
@@ -51,6 +50,10 @@ std::optional<std::string> cacheHome() {
         return std::string(user->pw_dir) + "/.cache";
     }
     return std::nullopt;
+}
+
+std::string backupFolderIn(const std::string& cache) {
+    return cache + "/quoddle/interrupted-writes";
 }
 
 // A folder of ours that only we can enter: made when missing, narrowed when it is wider.
@@ -167,7 +170,7 @@ std::optional<std::string> privateScratchFolder(std::error_code* error) {
         return std::nullopt;
     }
     const std::string ours = *cache + "/quoddle";
-    std::string folder = ours + "/interrupted-writes";
+    std::string folder = backupFolderIn(*cache);
     if (!makePrivateFolder(ours, error) || !makePrivateFolder(folder, error)) return std::nullopt;
     return folder;
 }
@@ -235,15 +238,9 @@ bool overwriteInPlace(const char* targetPath, int source, std::error_code* error
 void restoreInterruptedWrites() {
     const auto cache = cacheHome();
     if (!cache) return;
-    const std::string folder = *cache + "/quoddle/interrupted-writes";
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder.c_str()), ::closedir);
-    if (!listing) return;
-    while (const dirent* entry = ::readdir(listing.get())) {
-        if (!isScratchName(entry->d_name)) continue;
-        const std::string path = folder + "/" + entry->d_name;
-        const FileDescriptor stale(claimStaleScratchFile(path));
-        if (stale.valid() && finish(stale.get())) systemCalls().unlink(path.c_str());
-    }
+    forEachStaleScratchFile(backupFolderIn(*cache), [](const std::string& path, int backup) {
+        if (finish(backup)) systemCalls().unlink(path.c_str());
+    });
 }
 
 }  // namespace quod::internal

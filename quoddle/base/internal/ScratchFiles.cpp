@@ -17,6 +17,7 @@
 #include <climits>
 #include <cstring>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -139,15 +140,21 @@ int claimStaleScratchFile(const std::string& path) {
     return file.release();
 }
 
-void removeStaleScratchFiles(const std::string& folder) {
+void forEachStaleScratchFile(const std::string& folder,
+                             const std::function<void(const std::string&, int)>& use) {
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder.c_str()), ::closedir);
     if (!listing) return;
     while (const dirent* entry = ::readdir(listing.get())) {
         if (!isScratchName(entry->d_name)) continue;
         const std::string path = folder + "/" + entry->d_name;
         const FileDescriptor stale(claimStaleScratchFile(path));
-        if (stale.valid()) systemCalls().unlink(path.c_str());
+        if (stale.valid()) use(path, stale.get());
     }
+}
+
+void removeStaleScratchFiles(const std::string& folder) {
+    forEachStaleScratchFile(
+        folder, [](const std::string& path, int) { systemCalls().unlink(path.c_str()); });
 }
 
 int registerScratchFile(const std::string& path, bool removeOnSignal) {

@@ -15,6 +15,7 @@
 // a signal handler can remove them with nothing but unlink(2).
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -26,8 +27,13 @@ namespace quod::internal {
 [[nodiscard]] bool isScratchName(std::string_view name);
 
 // Opens an existing scratch file `path` and takes its lock when it is stale: the descriptor
-// (holding the lock, read-write) or -1. Never follows a symbolic link.
+// (holding the lock, read-write when its mode allows) or -1. Never follows a symbolic link.
 [[nodiscard]] int claimStaleScratchFile(const std::string& path);
+
+// Calls `use` with the path and the locked descriptor of each stale scratch file directly in
+// `folder`; the lock is held until `use` returns.
+void forEachStaleScratchFile(const std::string& folder,
+                             const std::function<void(const std::string& path, int file)>& use);
 
 // Removes the stale scratch files directly in `folder`. Quiet: what cannot be removed stays.
 void removeStaleScratchFiles(const std::string& folder);
