@@ -1,7 +1,7 @@
 #include "demo/Document.h"
 
 #include "quoddle/base/FileBytes.h"
-#include "quoddle/filesystem/FileReplacement.h"
+#include "quoddle/base/FileReplacement.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/runtime/Localize.h"
 #include "quoddle/strings/LineEnding.h"

@@ -22,6 +22,7 @@
 #include "demo/MainWindow.h"
 #include "demo/Screenshot.h"
 #include "demo/ThemeMenu.h"
+#include "quoddle/base/FileReplacement.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/qt/QtPlatform.h"
@@ -51,6 +52,8 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QApplication application(argc, argv);
+    // The demo has no signal handlers of its own: let a kill during a save leave nothing behind.
+    quod::FileReplacement::installSignalCleanup();
     QApplication::setApplicationName("quoddle-demo");
     QApplication::setApplicationDisplayName("Quoddle Demo");
     quod::MainLoopBridge bridge;

@@ -88,7 +88,10 @@ std::optional<std::string> DefaultString::get() const {
     return store()->stringForKey(key());
 }
 void DefaultString::set(std::optional<std::string> value) const {
-    if (!value) return store()->removeObject(key());
+    if (!value) {
+        store()->removeObject(key());
+        return;
+    }
     store()->setObject(key(), PlistValue(std::move(*value)));
 }
 
@@ -131,7 +134,10 @@ std::optional<std::vector<Data>> DefaultArrayData::get() const {
     return internal::dataList(*array);
 }
 void DefaultArrayData::set(std::optional<std::vector<Data>> value) const {
-    if (!value) return store()->removeObject(key());
+    if (!value) {
+        store()->removeObject(key());
+        return;
+    }
     PlistArray array;
     array.reserve(value->size());
     for (Data& blob : *value)
@@ -145,7 +151,10 @@ std::optional<std::vector<PlistDictionary>> DefaultArrayStandardDictionary::get(
     return internal::dictionaryList(*array);
 }
 void DefaultArrayStandardDictionary::set(std::optional<std::vector<PlistDictionary>> value) const {
-    if (!value) return store()->removeObject(key());
+    if (!value) {
+        store()->removeObject(key());
+        return;
+    }
     store()->setObject(key(), PlistValue(arrayOf(std::move(*value))));
 }
 
@@ -177,7 +186,10 @@ std::optional<StringDictionary> DefaultStringDictionary::get() const {
     return strings;
 }
 void DefaultStringDictionary::set(std::optional<StringDictionary> value) const {
-    if (!value) return store()->removeObject(key());
+    if (!value) {
+        store()->removeObject(key());
+        return;
+    }
     PlistDictionary dictionary;
     for (auto& [entryKey, entryValue] : *value) {
         dictionary.emplace_hint(dictionary.end(), entryKey, PlistValue(std::move(entryValue)));

@@ -15,6 +15,9 @@
 #include <limits>
 
 #include "quoddle/base/FileDescriptor.h"
+#include "quoddle/base/FileReplacement.h"
+#include "quoddle/runtime/StringFormat.h"
+#include "quoddle/runtime/SystemLog.h"
 
 namespace quod {
 
@@ -29,6 +32,8 @@ struct UserDefaults::FileState {
     off_t size = 0;
     timespec modified{};
     PlistDictionary domain;
+    // The last write failed and was logged; cleared by the next one that succeeds.
+    bool writeFailing = false;
 
     bool describes(const struct stat& status) const {
         return loaded && exists && device == status.st_dev && inode == status.st_ino &&
@@ -62,18 +67,6 @@ std::optional<std::string> readAll(int descriptor, std::size_t sizeHint) {
         bytes.append(chunk, static_cast<std::size_t>(count));
         if (bytes.size() > maximumPropertyListBytes) return bytes;  // refused by the parser
     }
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 enum class Parsed { absent, dictionary, damaged };
@@ -317,8 +310,8 @@ PlistDictionary UserDefaults::persistentDomain() const {
     return currentDomain();
 }
 
-void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> value) {
-    modifyDomain([&](PlistDictionary& domain) {
+bool UserDefaults::setObject(std::string_view key, std::optional<PlistValue> value) {
+    return modifyDomain([&](PlistDictionary& domain) {
         if (value) {
             auto found = domain.find(key);
             if (found != domain.end() && found->second == *value) return false;
@@ -329,8 +322,8 @@ void UserDefaults::setObject(std::string_view key, std::optional<PlistValue> val
     });
 }
 
-void UserDefaults::setObjects(const PlistDictionary& values) {
-    modifyDomain([&](PlistDictionary& domain) {
+bool UserDefaults::setObjects(const PlistDictionary& values) {
+    return modifyDomain([&](PlistDictionary& domain) {
         bool changed = false;
         for (const auto& [key, value] : values) {
             auto found = domain.find(key);
@@ -342,11 +335,11 @@ void UserDefaults::setObjects(const PlistDictionary& values) {
     });
 }
 
-void UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& apply) {
+bool UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& apply) {
     std::lock_guard lock(mutex_);
     if (file_.empty()) {
         apply(state_->domain);
-        return;
+        return true;
     }
 
     std::error_code error;
@@ -355,9 +348,11 @@ void UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
     // on a replaced file would guard nothing. The kernel drops it if this process dies.
     const std::filesystem::path lockPath = file_.string() + ".lock";
     const FileDescriptor lockFile(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!lockFile.valid()) return;
+    if (!lockFile.valid())
+        return writeFailed(lockPath, std::error_code(errno, std::system_category()));
     while (::flock(lockFile.get(), LOCK_EX) != 0) {
-        if (errno != EINTR) return;
+        if (errno != EINTR)
+            return writeFailed(lockPath, std::error_code(errno, std::system_category()));
     }
 
     // Another process may have written since we last looked: start from what is on disk now,
@@ -377,7 +372,7 @@ void UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
             state_->remember(read);
             state_->damaged = false;
         }
-        return;
+        return true;
     }
     if (parsed == Parsed::damaged) {
         // Never destroy what we cannot read: keep it beside, under a name no later damage reuses.
@@ -388,24 +383,36 @@ void UserDefaults::modifyDomain(const std::function<bool(PlistDictionary&)>& app
                      backup.c_str());
     }
 
-    static std::atomic<uint64_t> temporaryCounter{0};
-    const std::filesystem::path temporary = file_.string() + ".tmp-" + std::to_string(::getpid()) +
-                                            "-" + std::to_string(temporaryCounter.fetch_add(1));
-    const mode_t mode = parsed == Parsed::absent ? 0600 : (read.st_mode & 07777);
-    const FileDescriptor output(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (!output.valid()) return;
-    ::fchmod(output.get(), mode);  // the umask must not narrow the old file's mode
+    // Written as every file the framework writes: private until complete, then renamed over the
+    // old one (or, for a store kept behind a hard link, overwritten after a backup).
+    const std::string bytes = xmlPropertyList(PlistValue(domain));
+    auto replacement =
+        FileReplacement::replacing(file_, FileReplacement::NewFilePermissions::ownerOnly, &error);
     struct stat written {};
-    const bool complete = writeAll(output.get(), xmlPropertyList(PlistValue(domain))) &&
-                          ::fsync(output.get()) == 0 && ::fstat(output.get(), &written) == 0;
-    if (!complete || ::rename(temporary.c_str(), file_.c_str()) != 0) {
-        ::unlink(temporary.c_str());
-        return;
+    if (!replacement ||
+        !replacement->write(
+            std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), &error) ||
+        !replacement->commit(&error)) {
+        return writeFailed(file_, error);
+    }
+    state_->writeFailing = false;
+    if (::stat(file_.c_str(), &written) != 0) {
+        state_->loaded = false;  // read again next time
+        return true;
     }
     state_->domain = std::move(domain);
     state_->remember(written);
     state_->damaged = false;
+    return true;
+}
+
+bool UserDefaults::writeFailed(const std::filesystem::path& file, std::error_code reason) const {
+    // One line per outage, not one per setting tried while the disk stays full.
+    if (!std::exchange(state_->writeFailing, true)) {
+        systemLog(
+            formatString("File manager error: %@", {file.string() + ": " + reason.message()}));
+    }
+    return false;
 }
 
 }  // namespace quod

@@ -7,10 +7,11 @@
 // File-backed stores never cache across changes on disk: every read checks the file (inode, size,
 // nanosecond modification time) and parses it again only when it changed, so another process's
 // write is seen at once. Every write locks the file's companion lock with flock (the kernel drops
-// it if the writer dies), reads the file again, applies the change, writes a temporary file with
-// the old file's mode, flushes it and renames it over the old one: concurrent writers lose no
-// update and a crash never leaves a torn file. A write that changes nothing does not touch the
-// file. A file that exists but does not parse reads as an empty domain and is kept beside as
+// it if the writer dies), reads the file again, applies the change and replaces the file through
+// FileReplacement (a new store file is made with mode 0600): concurrent writers lose no update,
+// a crash never leaves a torn file or a readable copy, and a symbolic link to the store stays one.
+// A write that changes nothing does not touch the file. A file that exists but does not parse reads
+// as an empty domain and is kept beside as
 // "<file>.corrupt" before the first write replaces it, with one line in the log.
 //
 // Typed getters coerce as the platform does (a stored string "YES" reads as true, 2.67 reads as
@@ -26,6 +27,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "quoddle/Export.h"
 #include "quoddle/preferences/PropertyList.h"
@@ -56,16 +58,22 @@ class QUODDLE_EXPORT UserDefaults {
     [[nodiscard]] std::optional<PlistDictionary> dictionaryForKey(std::string_view key) const;
     [[nodiscard]] std::optional<Data> dataForKey(std::string_view key) const;
 
-    // Stores the value; no value removes the key.
-    void setObject(std::string_view key, std::optional<PlistValue> value);
-    void setBool(std::string_view key, bool value) { setObject(key, PlistValue(value)); }
-    void setInteger(std::string_view key, int64_t value) { setObject(key, PlistValue(value)); }
-    void setFloat(std::string_view key, float value) { setObject(key, PlistValue(double{value})); }
-    void setDouble(std::string_view key, double value) { setObject(key, PlistValue(value)); }
-    void removeObject(std::string_view key) { setObject(key, std::nullopt); }
+    // Stores the value; no value removes the key. False when the file could not be written (a
+    // full disk, a read-only file): the store then stays as it was, and the failure is logged
+    // once ("File manager error: <file>: <reason>") until a write succeeds again.
+    bool setObject(std::string_view key, std::optional<PlistValue> value);
+    bool setBool(std::string_view key, bool value) { return setObject(key, PlistValue(value)); }
+    bool setInteger(std::string_view key, int64_t value) {
+        return setObject(key, PlistValue(value));
+    }
+    bool setFloat(std::string_view key, float value) {
+        return setObject(key, PlistValue(double{value}));
+    }
+    bool setDouble(std::string_view key, double value) { return setObject(key, PlistValue(value)); }
+    bool removeObject(std::string_view key) { return setObject(key, std::nullopt); }
     // Stores every entry of `values` in one write (one lock, one file replaced), as applying a
     // theme's seventeen entries wants; other processes see all of them or none.
-    void setObjects(const PlistDictionary& values);
+    bool setObjects(const PlistDictionary& values);
 
     void registerDefaults(const PlistDictionary& defaults);
 
@@ -86,8 +94,11 @@ class QUODDLE_EXPORT UserDefaults {
     // The persistent domain, refreshed from the file when it changed. Caller holds mutex_.
     const PlistDictionary& currentDomain() const;
     // Runs `change` on the persistent domain as it is now and, if it says it changed something,
-    // keeps the result (for a file-backed store: locked, re-read, written and renamed).
-    void modifyDomain(const std::function<bool(PlistDictionary&)>& change);
+    // keeps the result (for a file-backed store: locked, re-read and replaced). False when the
+    // file could not be written.
+    bool modifyDomain(const std::function<bool(PlistDictionary&)>& change);
+    // Logs a failed write unless the one before failed too; false.
+    bool writeFailed(const std::filesystem::path& file, std::error_code reason) const;
 
     std::filesystem::path file_;
     mutable std::mutex mutex_;

@@ -11,6 +11,8 @@
 #include <thread>
 
 #include "quoddle/preferences/UserDefaults.h"
+#include "quoddle/runtime/SystemLog.h"
+#include "tests/base/SystemCallFaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quod {
@@ -173,6 +175,61 @@ TEST(UserDefaults, ADamagedFileReadsEmptyAndIsKeptBesideBeforeTheFirstWrite) {
     }
 }
 
+TEST(UserDefaults, AFailedWriteLeavesTheStoreAsItWasAndIsLoggedOnce) {
+    const TemporaryFolder folder("quoddle-defaults");
+    const fs::path file = folder.path() / "d.plist";
+    auto store = UserDefaults::persistent(file);
+    ASSERT_TRUE(store->setInteger("TabWidth", 4));
+    const std::string before = fileContents(file);
+    std::vector<std::string> logged;
+    const LogSink previous =
+        setSystemLogSink([&](std::string_view line) { logged.emplace_back(line); });
+    {
+        testing::SystemCallFaults faults;
+        for (const int error : {ENOSPC, EIO}) {
+            faults.failAt(testing::SystemCall::write, 0, error);
+            EXPECT_FALSE(store->setInteger("TabWidth", 8));
+            faults.failAt(testing::SystemCall::write, 0, error);  // the disk is still full
+            EXPECT_FALSE(store->setObjects({{"A", true}, {"B", false}}));
+        }
+    }
+    ASSERT_EQ(logged.size(), 1u);
+    EXPECT_EQ(logged[0], "File manager error: " + file.string() + ": No space left on device");
+    EXPECT_EQ(fileContents(file), before);
+    EXPECT_EQ(store->integerForKey("TabWidth"), 4);
+    EXPECT_EQ(UserDefaults::persistent(file)->integerForKey("TabWidth"), 4);
+    std::vector<std::string> entries;
+    for (const auto& entry : fs::directory_iterator(folder.path())) {
+        entries.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(entries);
+    EXPECT_EQ(entries, (std::vector<std::string>{"d.plist", "d.plist.lock"}));
+
+    // The next success ends the outage; a new one is logged again.
+    EXPECT_TRUE(store->setInteger("TabWidth", 8));
+    {
+        testing::SystemCallFaults faults;
+        faults.failAt(testing::SystemCall::fsync, 0, EIO);
+        EXPECT_FALSE(store->setInteger("TabWidth", 2));
+    }
+    setSystemLogSink(previous);
+    EXPECT_EQ(logged.size(), 2u);
+    EXPECT_EQ(store->integerForKey("TabWidth"), 8);
+}
+
+TEST(UserDefaults, ANewStoreIsPrivateAndALinkToItStaysALink) {
+    const TemporaryFolder folder("quoddle-defaults");
+    const fs::path file = folder.path() / "fresh.plist";
+    ASSERT_TRUE(UserDefaults::persistent(file)->setBool("Resume", true));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+    const fs::path link = folder.path() / "linked.plist";
+    fs::create_symlink(file, link);
+    ASSERT_TRUE(UserDefaults::persistent(link)->setBool("Resume", false));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_FALSE(UserDefaults::persistent(file)->boolForKey("Resume"));
+}
+
 // ---- Several processes at once ----
 
 TEST(UserDefaultsStress, ConcurrentWritersLoseNoUpdate) {
@@ -249,6 +306,14 @@ TEST(UserDefaultsStress, AKilledWriterNeverLeavesATornFileOrLosesAnAcknowledgedW
         }
     }
     EXPECT_GT(acknowledged, 50);
+    // Whatever the kills left, the next write removes.
+    ASSERT_TRUE(UserDefaults::persistent(file)->setBool("after", true));
+    std::vector<std::string> entries;
+    for (const auto& entry : fs::directory_iterator(folder.path())) {
+        entries.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(entries);
+    EXPECT_EQ(entries, (std::vector<std::string>{"killed.plist", "killed.plist.lock"}));
 }
 
 TEST(UserDefaultsStress, AnotherProcessReadsTheLatestOfSameSizeWrites) {

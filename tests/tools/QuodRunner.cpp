@@ -23,11 +23,26 @@ QuodRun runQuod(const std::vector<std::string>& arguments, const std::string& in
     const std::string in = io.write("in", input);
     const std::string out = (io.path() / "out").string();
     const std::string err = (io.path() / "err").string();
+    const pid_t child = startQuod(arguments, in, out, err);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+    }
+    QuodRun run;
+    run.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    run.out = readFile(out);
+    run.err = readFile(err);
+    return run;
+}
+
+pid_t startQuod(const std::vector<std::string>& arguments, const std::string& input,
+                const std::string& output, const std::string& errors) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                     0600);
+    posix_spawn_file_actions_addopen(&actions, 2, errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                     0600);
     std::vector<std::string> all{QUOD_BINARY};
     all.insert(all.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
@@ -38,14 +53,7 @@ QuodRun runQuod(const std::vector<std::string>& arguments, const std::string& in
     const int spawned = posix_spawn(&child, QUOD_BINARY, &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (spawned != 0) throw std::runtime_error("cannot start " QUOD_BINARY);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0) {
-    }
-    QuodRun run;
-    run.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    run.out = readFile(out);
-    run.err = readFile(err);
-    return run;
+    return child;
 }
 
 std::string readFile(const std::string& path) {

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "quoddle/base/FileBytes.h"
-#include "quoddle/filesystem/FileReplacement.h"
+#include "quoddle/base/FileReplacement.h"
 #include "quoddle/strings/StringEncoding.h"
 #include "quoddle/text/DecodedText.h"
 

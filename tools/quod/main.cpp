@@ -14,6 +14,7 @@
 #include "Document.h"
 #include "Failure.h"
 #include "quoddle/Version.h"
+#include "quoddle/base/FileReplacement.h"
 
 namespace quod::tool {
 namespace {
@@ -113,6 +114,8 @@ int main(int argc, char** argv) {
     // map and zero fresh ones each time, which costs as much as the work itself.
     ::mallopt(M_MMAP_MAX, 0);
     ::mallopt(M_TRIM_THRESHOLD, INT_MAX);
+    // Interrupted by Ctrl-C or a kill, -i leaves no temporary file behind.
+    quod::FileReplacement::installSignalCleanup();
     try {
         return runTool(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const UsageError& error) {
