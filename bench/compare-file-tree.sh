@@ -17,7 +17,7 @@ files=${2:-100}
 
 benchmarks=${BENCHMARKS:-}
 if [[ -z "$benchmarks" ]]; then
-  cmake --preset release > /dev/null
+  cmake --preset release -DQUODDLE_BUILD_BENCHMARKS=ON > /dev/null
   cmake --build --preset release --target quoddle_benchmarks > /dev/null
   benchmarks=$PWD/build/release/bench/quoddle_benchmarks
 fi
