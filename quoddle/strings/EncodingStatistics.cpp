@@ -1,0 +1,163 @@
+#include "quoddle/strings/EncodingStatistics.h"
+
+#include <unicode/uchar.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <unordered_map>
+
+namespace quod::internal {
+namespace {
+
+constexpr int deepestLevel = 20;
+
+struct LanguageModel {
+    std::string_view name;
+    Script script;
+    // Where the keys of level n + 1 begin in `keys`, counted in keys; the last entry is their count.
+    std::array<std::uint16_t, deepestLevel + 1> levelStarts;
+    // Character pairs, or single characters for the ideographic scripts, rarest level last.
+    std::u16string_view keys;
+};
+
+#include "data/LanguageModels.inc"
+
+constexpr bool isIdeographic(Script script) {
+    return script == Script::japanese || script == Script::simplifiedChinese ||
+           script == Script::traditionalChinese || script == Script::korean;
+}
+
+// One table per script: the languages of a script are merged, each key keeping its most frequent
+// level, so that text mixing languages of one script (names, quotations) still reads as real text.
+using ScriptTable = std::unordered_map<std::uint32_t, std::uint8_t>;
+
+const ScriptTable& scriptTable(Script script) {
+    static const auto tables = [] {
+        std::array<ScriptTable, static_cast<std::size_t>(Script::korean) + 1> built;
+        for (const LanguageModel& model : languageModels) {
+            ScriptTable& table = built[static_cast<std::size_t>(model.script)];
+            const std::size_t width = isIdeographic(model.script) ? 1 : 2;
+            for (int level = 1; level <= deepestLevel; ++level) {
+                for (std::size_t key = model.levelStarts[level - 1]; key < model.levelStarts[level];
+                     ++key) {
+                    const std::u16string_view units = model.keys.substr(key * width, width);
+                    const std::uint32_t packed =
+                        width == 1 ? units[0] : (std::uint32_t{units[0]} << 16) | units[1];
+                    const auto [entry, added] =
+                        table.emplace(packed, static_cast<std::uint8_t>(level));
+                    if (!added) entry->second = std::min(entry->second, static_cast<std::uint8_t>(level));
+                }
+            }
+        }
+        return built;
+    }();
+    return tables[static_cast<std::size_t>(script)];
+}
+
+int levelOf(const ScriptTable& table, std::uint32_t key) {
+    const auto found = table.find(key);
+    return found != table.end() ? found->second : unseenLevel;
+}
+
+constexpr char16_t boundary = u' ';
+
+// What a character costs on its own, besides the pairs it forms. Letters cost nothing here; the
+// punctuation that real text uses costs a little, so that an encoding cannot win by turning letters
+// into punctuation; anything else outside ASCII (C1 controls, box drawing, rare symbols) is what a
+// wrong decoding produces, and costs as much as a letter no pair explains.
+constexpr int punctuationCost = 6;
+constexpr int symbolCost = 2 * unseenLevel;
+
+bool isCommonPunctuation(char16_t c) {
+    switch (c) {
+        case 0x00A0:  // no-break space
+        case 0x00AB:  // «
+        case 0x00BB:  // »
+        case 0x00B0:  // °
+        case 0x00A7:  // §
+        case 0x00B7:  // ·
+        case 0x00A9:  // ©
+        case 0x20AC:  // €
+        case 0x2013:  // –
+        case 0x2014:  // —
+        case 0x2018:  // ‘
+        case 0x2019:  // ’
+        case 0x201A:  // ‚
+        case 0x201C:  // “
+        case 0x201D:  // ”
+        case 0x201E:  // „
+        case 0x2022:  // •
+        case 0x2026:  // …
+            return true;
+        default:
+            return false;
+    }
+}
+
+struct Folded {
+    char16_t character;  // lower case, or `boundary`
+    int cost;
+};
+
+Folded fold(char16_t c) {
+    if (c < 0x80) {
+        const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, 0};
+    }
+    const auto mask = U_GET_GC_MASK(c);
+    if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
+        const UChar32 lower = u_tolower(c);
+        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0};
+    }
+    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
+}
+
+TextScore scoreAlphabetic(std::u16string_view text, Script script) {
+    const ScriptTable& table = scriptTable(script);
+    TextScore score;
+    char16_t previous = boundary;
+    for (const char16_t c : text) {
+        if (c >= 0x80 && ++score.characters > scoredCharacters) break;
+        const Folded folded = fold(c);
+        score.total -= folded.cost;
+        if ((previous >= 0x80 || folded.character >= 0x80) &&
+            !(previous == boundary && folded.character == boundary)) {
+            score.total -= levelOf(table, (std::uint32_t{previous} << 16) | folded.character);
+        }
+        previous = folded.character;
+    }
+    score.characters = std::min(score.characters, scoredCharacters);
+    return score;
+}
+
+// Ideographic punctuation (、。「」 and the full-width forms) is common in real text and rare in a
+// wrong decoding, which lands anywhere in the character set.
+constexpr int ideographicPunctuationCost = 4;
+
+TextScore scoreIdeographic(std::u16string_view text, Script script) {
+    const ScriptTable& table = scriptTable(script);
+    TextScore score;
+    for (const char16_t c : text) {
+        if (c < 0x80) continue;
+        if (++score.characters > scoredCharacters) break;
+        const auto mask = U_GET_GC_MASK(c);
+        if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
+            score.total -= levelOf(table, c);
+        } else if ((mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0) {
+            score.total -= ideographicPunctuationCost;
+        } else {
+            score.total -= symbolCost;
+        }
+    }
+    score.characters = std::min(score.characters, scoredCharacters);
+    return score;
+}
+
+}  // namespace
+
+TextScore scoreText(std::u16string_view text, Script script) {
+    return isIdeographic(script) ? scoreIdeographic(text, script) : scoreAlphabetic(text, script);
+}
+
+}  // namespace quod::internal
