@@ -181,40 +181,43 @@ std::optional<EncodingNumber> encodingOfByteOrderMark(std::span<const std::uint8
 // The encodings the statistics weigh, in the order that breaks a tie: where two decode the text
 // identically, the one listed first is answered, so a superset comes before its subset
 // (windows-1252 before ISO Latin 1, GB 18030 and the Windows code pages before what they extend).
+// Each has a prior, a cost in levels that the text must overcome: the rarer encodings of a script
+// pay more, so that a text too short to tell answers the common encoding or nothing.
 struct Candidate {
     EncodingNumber encoding;
     internal::Script script;
     bool singleByte;
+    int prior = 0;
 };
 using internal::Script;
 constexpr Candidate candidates[] = {
     {Encodings::windowsCP1252, Script::latin, true},
     {Encodings::isoLatin1, Script::latin, true},
     {0x8000'020F, Script::latin, true},  // ISO Latin 9
-    {Encodings::windowsCP1250, Script::latin, true},
-    {Encodings::isoLatin2, Script::latin, true},
-    {Encodings::windowsCP1254, Script::latin, true},
-    {0x8000'0209, Script::latin, true},  // ISO Latin 5
-    {0x8000'0507, Script::latin, true},  // windows-1257
-    {0x8000'020D, Script::latin, true},  // ISO Latin 7
-    {0x8000'0204, Script::latin, true},  // ISO Latin 4
+    {Encodings::windowsCP1250, Script::latin, true, 8},
+    {Encodings::isoLatin2, Script::latin, true, 8},
+    {Encodings::windowsCP1254, Script::latin, true, 10},
+    {0x8000'0209, Script::latin, true, 10},  // ISO Latin 5
+    {0x8000'0507, Script::latin, true, 12},  // windows-1257
+    {0x8000'020D, Script::latin, true, 12},  // ISO Latin 7
+    {0x8000'0204, Script::latin, true, 14},  // ISO Latin 4
     {Encodings::windowsCP1251, Script::cyrillic, true},
-    {0x8000'0A02, Script::cyrillic, true},  // KOI8-R
-    {0x8000'0A08, Script::cyrillic, true},  // KOI8-U
-    {0x8000'0205, Script::cyrillic, true},  // ISO 8859-5
-    {0x8000'041B, Script::cyrillic, true},  // IBM 866
-    {0x8000'0007, Script::cyrillic, true},  // Mac OS Cyrillic
+    {0x8000'0A02, Script::cyrillic, true},     // KOI8-R
+    {0x8000'0A08, Script::cyrillic, true, 4},  // KOI8-U
+    {0x8000'0205, Script::cyrillic, true, 6},  // ISO 8859-5
+    {0x8000'041B, Script::cyrillic, true, 6},  // IBM 866
+    {0x8000'0007, Script::cyrillic, true, 8},  // Mac OS Cyrillic
     {Encodings::windowsCP1253, Script::greek, true},
-    {0x8000'0207, Script::greek, true},     // ISO 8859-7
-    {0x8000'0506, Script::arabic, true},    // windows-1256
-    {0x8000'0206, Script::arabic, true},    // ISO 8859-6
-    {0x8000'0505, Script::hebrew, true},    // windows-1255
-    {0x8000'0208, Script::hebrew, true},    // ISO 8859-8
-    {Encodings::shiftJIS, Script::japanese, false},  // Windows code page 932
-    {0x8000'0632, Script::simplifiedChinese, false},   // GB 18030
-    {0x8000'0423, Script::traditionalChinese, false},  // Windows code page 950 (Big 5)
-    {0x8000'0A06, Script::traditionalChinese, false},  // Big 5 HKSCS
-    {0x8000'0422, Script::korean, false},              // Windows code page 949 (EUC-KR)
+    {0x8000'0207, Script::greek, true},                   // ISO 8859-7
+    {0x8000'0506, Script::arabic, true},                  // windows-1256
+    {0x8000'0206, Script::arabic, true},                  // ISO 8859-6
+    {0x8000'0505, Script::hebrew, true},                  // windows-1255
+    {0x8000'0208, Script::hebrew, true},                  // ISO 8859-8
+    {Encodings::shiftJIS, Script::japanese, false},       // Windows code page 932
+    {0x8000'0632, Script::simplifiedChinese, false},      // GB 18030
+    {0x8000'0423, Script::traditionalChinese, false},     // Windows code page 950 (Big 5)
+    {0x8000'0A06, Script::traditionalChinese, false, 4},  // Big 5 HKSCS
+    {0x8000'0422, Script::korean, false},                 // Windows code page 949 (EUC-KR)
 };
 constexpr std::size_t candidateCount = std::size(candidates);
 
@@ -271,18 +274,25 @@ std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
 // A multibyte candidate whose decoding costs more than this per character is not that script's
 // text: real text keeps to the characters the model knows, while other bytes read as Chinese,
 // Japanese or Korean land on rare characters and symbols.
-constexpr double ideographicCostLimit = 14.0;
+constexpr double ideographicCostLimit = 20.0;
 
 struct Ranked {
     Candidate candidate;
     internal::TextScore score;
     std::u16string decoded;
     bool ideographic;
+
+    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text.
+    [[nodiscard]] int tier() const {
+        if (candidate.singleByte) return 1;
+        return ideographic ? 0 : 2;
+    }
 };
 
 // Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
-// first: ideographic decodings within their limit ahead of the rest, then by score, then in the
-// candidates' order; of decodings identical to a better one only the better one is kept.
+// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
+// ones beyond it; by score within each tier, then in the candidates' order. Of decodings identical
+// to a better one only the better one is kept.
 std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
                                    const internal::Utf8Scan& scan) {
     const auto sample = evidenceSample(bytes, scan);
@@ -306,20 +316,21 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         } else {
             continue;
         }
-        const internal::TextScore score = internal::scoreText(decoded, candidate.script);
+        internal::TextScore score = internal::scoreText(decoded, candidate.script);
+        score.total -= candidate.prior;
         const bool ideographic =
             !candidate.singleByte && score.costPerCharacter() <= ideographicCostLimit;
         ranked.push_back({candidate, score, std::move(decoded), ideographic});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
-        if (a.ideographic != b.ideographic) return a.ideographic;
+        if (a.tier() != b.tier()) return a.tier() < b.tier();
         return a.score.total > b.score.total;
     });
     std::vector<Ranked> distinct;
     for (Ranked& entry : ranked) {
-        const bool repeated = std::any_of(distinct.begin(), distinct.end(), [&](const Ranked& kept) {
-            return kept.decoded == entry.decoded;
-        });
+        const bool repeated =
+            std::any_of(distinct.begin(), distinct.end(),
+                        [&](const Ranked& kept) { return kept.decoded == entry.decoded; });
         if (!repeated) distinct.push_back(std::move(entry));
     }
     return distinct;
@@ -329,14 +340,15 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
 // wrong decodings pay about two unseen pairs, 48, per character) and beat every different decoding
 // by a clear margin, in levels summed over the sample. Raising either number answers more often
 // and is wrong more often; text that fails them answers 0, and the host asks the user.
-constexpr double plausibleCost = 30.0;
+constexpr double plausibleCost = 36.0;
 constexpr std::int64_t leastMargin = 10;
 
 bool isConfident(const std::vector<Ranked>& ranked) {
     if (ranked.empty()) return false;
     const Ranked& best = ranked.front();
     if (best.score.characters == 0 || best.score.costPerCharacter() > plausibleCost) return false;
-    if (ranked.size() == 1 || best.ideographic != ranked[1].ideographic) return true;
+    if (best.tier() == 2) return false;
+    if (ranked.size() == 1 || best.tier() != ranked[1].tier()) return true;
     return best.score.total - ranked[1].score.total >= leastMargin;
 }
 
@@ -362,29 +374,39 @@ std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> byte
     return std::nullopt;
 }
 
-// UTF-16 or UTF-32 without a mark: text that is mostly Latin, digits, spaces and line ends has a
-// NUL in every second (or in three of every four) bytes, always on the same side of each unit.
+// UTF-16 or UTF-32 without a mark. Text in any script has spaces, digits and line ends, whose units
+// hold NUL bytes, and those keep to one side of each unit; NULs scattered on both sides are binary
+// data. What decodes must also be free of control characters other than white space.
 std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> bytes) {
     const auto sample = bytes.first(std::min(bytes.size(), sampleSize) & ~std::size_t{3});
     if (sample.empty()) return std::nullopt;
     std::array<std::size_t, 4> zeros{};
     for (std::size_t i = 0; i < sample.size(); ++i)
         zeros[i % 4] += sample[i] == 0 ? 1 : 0;
-    const std::size_t units = sample.size() / 4;
-    const auto mostly = [units](std::size_t count) { return count * 10 >= units * 9; };
-    const auto rarely = [units](std::size_t count) { return count * 10 <= units; };
+    const std::size_t units = sample.size() / 2;
+    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side has few.
+    const auto lopsided = [units](std::size_t here, std::size_t there) {
+        return here * 32 >= units && there * 8 <= here;
+    };
     std::optional<EncodingNumber> found;
-    if (mostly(zeros[2]) && mostly(zeros[3]) && rarely(zeros[0])) {
+    // Units of UTF-32 outside the supplementary planes have two NULs in a row, on the same side.
+    const std::size_t quads = units / 2;
+    const auto nearlyAll = [quads](std::size_t count) { return count * 10 >= quads * 9; };
+    if (nearlyAll(zeros[2]) && nearlyAll(zeros[3]) && zeros[0] * 8 <= zeros[3]) {
         found = Encodings::utf32LittleEndian;
-    } else if (mostly(zeros[0]) && mostly(zeros[1]) && rarely(zeros[3])) {
+    } else if (nearlyAll(zeros[0]) && nearlyAll(zeros[1]) && zeros[3] * 8 <= zeros[0]) {
         found = Encodings::utf32BigEndian;
-    } else if (zeros[1] + zeros[3] >= units && zeros[0] + zeros[2] <= units / 8) {
+    } else if (lopsided(zeros[1] + zeros[3], zeros[0] + zeros[2])) {
         found = Encodings::utf16LittleEndian;
-    } else if (zeros[0] + zeros[2] >= units && zeros[1] + zeros[3] <= units / 8) {
+    } else if (lopsided(zeros[0] + zeros[2], zeros[1] + zeros[3])) {
         found = Encodings::utf16BigEndian;
     }
-    if (found && decodeText(bytes, *found)) return found;
-    return std::nullopt;
+    if (!found) return std::nullopt;
+    const auto text = decodeText(bytes, *found);
+    const bool plain = text && std::none_of(text->begin(), text->end(), [](char16_t c) {
+                           return c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f';
+                       });
+    return plain ? found : std::nullopt;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <unordered_map>
+#include <vector>
 
 namespace quod::internal {
 namespace {
@@ -15,7 +16,8 @@ constexpr int deepestLevel = 20;
 struct LanguageModel {
     std::string_view name;
     Script script;
-    // Where the keys of level n + 1 begin in `keys`, counted in keys; the last entry is their count.
+    // Where the keys of level n + 1 begin in `keys`, counted in keys; the last entry is their
+    // count.
     std::array<std::uint16_t, deepestLevel + 1> levelStarts;
     // Character pairs, or single characters for the ideographic scripts, rarest level last.
     std::u16string_view keys;
@@ -28,15 +30,14 @@ constexpr bool isIdeographic(Script script) {
            script == Script::traditionalChinese || script == Script::korean;
 }
 
-// One table per script: the languages of a script are merged, each key keeping its most frequent
-// level, so that text mixing languages of one script (names, quotations) still reads as real text.
-using ScriptTable = std::unordered_map<std::uint32_t, std::uint8_t>;
+using LevelTable = std::unordered_map<std::uint32_t, std::uint8_t>;
 
-const ScriptTable& scriptTable(Script script) {
+// One table per language, in the order of the models.
+const std::vector<LevelTable>& languageTables() {
     static const auto tables = [] {
-        std::array<ScriptTable, static_cast<std::size_t>(Script::korean) + 1> built;
+        std::vector<LevelTable> built;
         for (const LanguageModel& model : languageModels) {
-            ScriptTable& table = built[static_cast<std::size_t>(model.script)];
+            LevelTable& table = built.emplace_back();
             const std::size_t width = isIdeographic(model.script) ? 1 : 2;
             for (int level = 1; level <= deepestLevel; ++level) {
                 for (std::size_t key = model.levelStarts[level - 1]; key < model.levelStarts[level];
@@ -46,16 +47,17 @@ const ScriptTable& scriptTable(Script script) {
                         width == 1 ? units[0] : (std::uint32_t{units[0]} << 16) | units[1];
                     const auto [entry, added] =
                         table.emplace(packed, static_cast<std::uint8_t>(level));
-                    if (!added) entry->second = std::min(entry->second, static_cast<std::uint8_t>(level));
+                    if (!added)
+                        entry->second = std::min(entry->second, static_cast<std::uint8_t>(level));
                 }
             }
         }
         return built;
     }();
-    return tables[static_cast<std::size_t>(script)];
+    return tables;
 }
 
-int levelOf(const ScriptTable& table, std::uint32_t key) {
+int levelOf(const LevelTable& table, std::uint32_t key) {
     const auto found = table.find(key);
     return found != table.end() ? found->second : unseenLevel;
 }
@@ -74,10 +76,6 @@ bool isCommonPunctuation(char16_t c) {
         case 0x00A0:  // no-break space
         case 0x00AB:  // «
         case 0x00BB:  // »
-        case 0x00B0:  // °
-        case 0x00A7:  // §
-        case 0x00B7:  // ·
-        case 0x00A9:  // ©
         case 0x20AC:  // €
         case 0x2013:  // –
         case 0x2014:  // —
@@ -113,22 +111,41 @@ Folded fold(char16_t c) {
     return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
 }
 
+// Text scored against each language of its script, keeping the best: a wrong decoding mixes letters
+// that no one language puts together.
+template <typename Cost>
+TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
+    TextScore best{INT64_MIN, characters};
+    for (std::size_t i = 0; i < std::size(languageModels); ++i) {
+        if (languageModels[i].script != script) continue;
+        best.total = std::max(best.total, cost(languageTables()[i]));
+    }
+    return best;
+}
+
 TextScore scoreAlphabetic(std::u16string_view text, Script script) {
-    const ScriptTable& table = scriptTable(script);
-    TextScore score;
+    // The pairs once, then their levels in each language.
+    std::vector<std::uint32_t> pairs;
+    std::int64_t ownCosts = 0;
+    std::int64_t characters = 0;
     char16_t previous = boundary;
     for (const char16_t c : text) {
-        if (c >= 0x80 && ++score.characters > scoredCharacters) break;
+        if (c >= 0x80 && ++characters > scoredCharacters) break;
         const Folded folded = fold(c);
-        score.total -= folded.cost;
+        ownCosts += folded.cost;
         if ((previous >= 0x80 || folded.character >= 0x80) &&
             !(previous == boundary && folded.character == boundary)) {
-            score.total -= levelOf(table, (std::uint32_t{previous} << 16) | folded.character);
+            pairs.push_back((std::uint32_t{previous} << 16) | folded.character);
         }
         previous = folded.character;
     }
-    score.characters = std::min(score.characters, scoredCharacters);
-    return score;
+    return bestLanguage(script, std::min(characters, scoredCharacters),
+                        [&](const LevelTable& table) {
+                            std::int64_t total = -ownCosts;
+                            for (const std::uint32_t pair : pairs)
+                                total -= levelOf(table, pair);
+                            return total;
+                        });
 }
 
 // Ideographic punctuation (、。「」 and the full-width forms) is common in real text and rare in a
@@ -136,22 +153,27 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script) {
 constexpr int ideographicPunctuationCost = 4;
 
 TextScore scoreIdeographic(std::u16string_view text, Script script) {
-    const ScriptTable& table = scriptTable(script);
-    TextScore score;
+    std::vector<char16_t> letters;
+    std::int64_t ownCosts = 0;
+    std::int64_t characters = 0;
     for (const char16_t c : text) {
         if (c < 0x80) continue;
-        if (++score.characters > scoredCharacters) break;
+        if (++characters > scoredCharacters) break;
         const auto mask = U_GET_GC_MASK(c);
         if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
-            score.total -= levelOf(table, c);
-        } else if ((mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0) {
-            score.total -= ideographicPunctuationCost;
+            letters.push_back(c);
         } else {
-            score.total -= symbolCost;
+            ownCosts += (mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0 ? ideographicPunctuationCost
+                                                                   : symbolCost;
         }
     }
-    score.characters = std::min(score.characters, scoredCharacters);
-    return score;
+    return bestLanguage(script, std::min(characters, scoredCharacters),
+                        [&](const LevelTable& table) {
+                            std::int64_t total = -ownCosts;
+                            for (const char16_t letter : letters)
+                                total -= levelOf(table, letter);
+                            return total;
+                        });
 }
 
 }  // namespace

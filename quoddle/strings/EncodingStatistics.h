@@ -5,7 +5,7 @@
 // scripts, how often each pair of characters occurs where at least one of them is not ASCII; for
 // Chinese, Japanese and Korean, how often each character occurs. A frequency is kept as a level,
 // -log2 of its share, so a score is a sum of small integers: the log-likelihood of the text, up to
-// a constant, under the merged languages of its script.
+// a constant, under the language of the script that explains it best.
 //
 // The score only looks at characters outside ASCII and their neighbours: ASCII reads the same in
 // every encoding the detector weighs, so it says nothing about which one is right.
@@ -45,7 +45,7 @@ struct TextScore {
 inline constexpr int unseenLevel = 24;
 
 // At most this many characters outside ASCII are scored; more never changes a decision.
-inline constexpr std::int64_t scoredCharacters = 8192;
+inline constexpr std::int64_t scoredCharacters = 4096;
 
 // Scores text against the models of `script`. Text in an ideographic script is scored character by
 // character, any other character pair by pair.
