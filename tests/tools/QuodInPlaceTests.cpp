@@ -1,8 +1,10 @@
 // `quod -i` on every kind of file a user may point it at, and interrupted at random moments by
 // SIGKILL, SIGTERM and SIGINT: the file is always whole (the old contents or the new), no copy
 // of a private file is ever readable by others, and nothing stays behind.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -78,6 +80,48 @@ TEST_F(QuodInPlaceOnAnyFile, LinksAndReadOnlyFoldersKeepWhatTheUserHas) {
     EXPECT_EQ(unique.exitStatus, 0) << unique.err;
     EXPECT_EQ(readFile(second), "c\nb\na\n");
     EXPECT_EQ(folder_.entries().size(), 3u);
+}
+
+// Runs quod where no file may grow past `limit` bytes (RLIMIT_FSIZE, with SIGXFSZ ignored so
+// that the write fails with EFBIG instead): a full disk as far as the program can tell.
+QuodRun runQuodWithFileSizeLimit(std::vector<std::string> arguments, rlim_t limit) {
+    const TemporaryFolder io("quod-run-limited");
+    const std::string err = (io.path() / "err").string();
+    arguments.insert(arguments.begin(), QUOD_BINARY);
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int errors = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        ::dup2(errors, STDERR_FILENO);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit small{limit, limit};
+        ::setrlimit(RLIMIT_FSIZE, &small);
+        ::execv(QUOD_BINARY, argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, "", readFile(err)};
+}
+
+TEST_F(QuodInPlaceOnAnyFile, AFullDiskIsOneLineAndTheFileAsItWas) {
+    std::string original;
+    for (int line = 0; line < 2000; ++line)
+        original += "line " + std::to_string(line % 7) + "\n";
+    const std::string path = folder_.write("list.txt", original).string();
+    const std::string second = folder_.path("second.txt").string();
+    for (const bool linked : {false, true}) {
+        if (linked) {
+            ASSERT_EQ(::link(path.c_str(), second.c_str()), 0);
+        }
+        const QuodRun run = runQuodWithFileSizeLimit({"sort", "-i", path}, 4096);
+        expectOneLineError(run, "File too large");
+        EXPECT_EQ(readFile(path), original) << (linked ? "in place" : "by rename");
+        EXPECT_EQ(folder_.entries().size(), linked ? 2u : 1u);
+    }
 }
 
 // Starts `quod` on its own, with nothing to read and its output thrown away.

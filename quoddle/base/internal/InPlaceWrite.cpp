@@ -121,7 +121,14 @@ bool finish(int backup) {
     }
     const FileDescriptor target(
         systemCalls().open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC, 0));
-    return target.valid() && restore(backup, head, target.get(), nullptr);
+    // The same file once more, now that it is open: a folder on the path swapped for a link in
+    // between must not send the old contents into another file.
+    struct stat opened {};
+    if (!target.valid() || ::fstat(target.get(), &opened) != 0 || opened.st_dev != head.device ||
+        opened.st_ino != head.inode) {
+        return false;
+    }
+    return restore(backup, head, target.get(), nullptr);
 }
 
 // A backup is this process's own while it writes: no sweep of ours takes it, and no signal
