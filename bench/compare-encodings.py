@@ -11,9 +11,15 @@ dropped, as every decoder here does). The table shows, per family and size, the 
 detector gets right; "no answer" counts as not right, and a wrong non-empty answer on ASCII or
 mostly-ASCII text is counted apart as a confident wrong answer.
 
-    bench/compare-encodings.py --quod build/release/tools/quod/quod [--samples 3] [--keep DIR]
+The catalogues are split by a hash of their package's name into two halves: the detector's
+thresholds and priors are tuned on the "tuning" half, and the figures worth quoting come from the
+"held-out" half (the default), text no decision was ever fitted to. `--other-quod` adds a column
+for a second build of `quod` (say, the main branch's), to show that a change loses nothing.
 
-Needs msgunfmt-free Python 3 from Debian with python3-chardet, and the uchardet command
+    bench/compare-encodings.py --quod build/release/tools/quod/quod [--other-quod PATH]
+        [--half held-out|tuning] [--samples 3] [--keep DIR]
+
+Needs Debian's Python 3 with python3-chardet, and the uchardet command
 (scripts/install-deps --dev installs both).
 """
 
@@ -21,6 +27,7 @@ import argparse
 import codecs
 import collections
 import glob
+import hashlib
 import os
 import random
 import re
@@ -79,9 +86,18 @@ def catalogue_messages(path):
     return pairs
 
 
-def messages(language, originals=False):
+def half_of(path):
+    """Which half a catalogue belongs to, decided by its package's name alone, so that a language
+    never has one package's messages in both halves."""
+    package = os.path.basename(path).removesuffix(".mo")
+    return "tuning" if hashlib.sha256(package.encode()).digest()[0] % 2 == 0 else "held-out"
+
+
+def messages(language, half, originals=False):
     found = []
     for path in sorted(glob.glob(f"/usr/share/locale/{language}/LC_MESSAGES/*.mo")):
+        if half_of(path) != half:
+            continue
         for msgid, msgstr in catalogue_messages(path):
             text = msgid if originals else msgstr
             if "\r" not in text and "\0" not in text:
@@ -114,12 +130,12 @@ def _encodes(text, encoding):
         return False
 
 
-def build_corpus(samples_per_cell, seed):
+def build_corpus(samples_per_cell, seed, half):
     rng = random.Random(seed)
     corpus = []  # (family, size, language, encoding label, bytes, text)
     for family, rows in LEGACY.items():
         for language, encodings in rows:
-            pieces = messages(language)
+            pieces = messages(language, half)
             for encoding in encodings:
                 for size in SIZES:
                     for _ in range(samples_per_cell):
@@ -128,7 +144,7 @@ def build_corpus(samples_per_cell, seed):
                             corpus.append((family, size, language, encoding,
                                            text.encode(encoding), text))
     for language in UNICODE_LANGUAGES:
-        pieces = messages(language)
+        pieces = messages(language, half)
         for size in SIZES:
             for _ in range(samples_per_cell):
                 text = sample(pieces, "utf-8", size, rng)
@@ -137,7 +153,7 @@ def build_corpus(samples_per_cell, seed):
                     text = sample(pieces, "utf-16-le", size, rng)
                     corpus.append(("UTF-16", size, language, encoding, text.encode(encoding),
                                    text))
-    english = messages("de", originals=True)
+    english = messages("de", half, originals=True)
     for size in SIZES:
         for _ in range(samples_per_cell * 4):
             text = sample(english, "ascii", size, rng)
@@ -201,6 +217,9 @@ def run_batches(command, paths, pattern):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--quod", default="build/release/tools/quod/quod")
+    parser.add_argument("--other-quod", help="a second quod binary to compare with, shown as "
+                        "the column \"main\"")
+    parser.add_argument("--half", choices=("held-out", "tuning"), default="held-out")
     parser.add_argument("--samples", type=int, default=3, help="samples per language, encoding "
                         "and size")
     parser.add_argument("--seed", type=int, default=22)
@@ -208,7 +227,7 @@ def main():
     parser.add_argument("--wrong", action="store_true", help="list every sample we got wrong")
     arguments = parser.parse_args()
 
-    corpus = build_corpus(arguments.samples, arguments.seed)
+    corpus = build_corpus(arguments.samples, arguments.seed, arguments.half)
     folder = arguments.keep or tempfile.mkdtemp(prefix="compare-encodings-")
     os.makedirs(folder, exist_ok=True)
     paths = []
@@ -219,27 +238,32 @@ def main():
         paths.append(path)
 
     names = our_codecs()
-    ours = run_batches([arguments.quod, "encoding"], paths,
-                       r"^(.*): .* \((\d+)\)(?:, \w+)?$")
+    quod_answers = r"^(.*): .* \((\d+)\)(?:, \w+)?$"
+    ours = run_batches([arguments.quod, "encoding"], paths, quod_answers)
+    other = (run_batches([arguments.other_quod, "encoding"], paths, quod_answers)
+             if arguments.other_quod else {})
     theirs = run_batches(["uchardet"], paths, r"^(.*): (.*)$")
     if len(paths) == 1:
         theirs = {paths[0]: subprocess.run(["uchardet", paths[0]], capture_output=True,
                                            text=True).stdout.strip()}
 
-    detectors = ("quod", "uchardet", "chardet")
+    detectors = ("quod",) + (("main",) if arguments.other_quod else ()) + ("uchardet", "chardet")
     right = collections.defaultdict(lambda: collections.Counter())
     total = collections.Counter()
     confident_wrong = collections.Counter()
     for path, (family, size, language, encoding, data, text) in zip(paths, corpus):
         number = int(ours.get(path, "0"))
+        other_number = int(other.get(path, "0"))
         answers = {
             "quod": python_codec(names.get(number)) if number else None,
+            "main": python_codec(names.get(other_number)) if other_number else None,
             "uchardet": python_codec(theirs.get(path, "").strip().lower()
                                      if theirs.get(path, "").strip() != "unknown" else None),
             "chardet": python_codec(chardet.detect(data)["encoding"]),
         }
         total[(family, size)] += 1
-        for detector, codec in answers.items():
+        for detector in detectors:
+            codec = answers[detector]
             ok = gives_back(data, codec, text)
             right[detector][(family, size)] += ok
             if not ok and codec is not None and family in ("ASCII", "mostly ASCII"):
@@ -248,7 +272,7 @@ def main():
                 print(f"wrong: {path} {encoding} -> {names.get(number)}", file=sys.stderr)
 
     families = list(LEGACY) + ["UTF-8", "UTF-16", "ASCII", "mostly ASCII"]
-    print(f"{len(corpus)} samples; right answers in % (samples per row in brackets)\n")
+    print(f"{len(corpus)} samples from the {arguments.half} half of the catalogues; right answers in % (samples per row in brackets)\n")
     print(f"| family | size | {' | '.join(detectors)} |")
     print(f"|---|---|{'---:|' * len(detectors)}")
     for family in families:

@@ -224,7 +224,13 @@ constexpr std::size_t candidateCount = std::size(candidates);
 constexpr char16_t undefinedByte = 0xFFFF;
 using ByteTable = std::array<char16_t, 256>;
 
-// What each byte decodes to in each single-byte candidate, taken from the converters themselves.
+constexpr bool isC1Control(char16_t c) {
+    return c >= 0x80 && c <= 0x9F;
+}
+
+// What each byte decodes to in each single-byte candidate, taken from the converters themselves. A
+// byte that decodes to a C1 control counts as undefined: nobody writes those characters, so the
+// ISO 8859 encodings, which put them at 0x80 to 0x9F, are out as soon as such a byte occurs.
 const std::array<ByteTable, candidateCount>& byteTables() {
     static const auto tables = [] {
         std::array<ByteTable, candidateCount> built{};
@@ -233,7 +239,9 @@ const std::array<ByteTable, candidateCount>& byteTables() {
             for (int byte = 0; byte < 256; ++byte) {
                 const std::uint8_t one[] = {static_cast<std::uint8_t>(byte)};
                 const auto text = decodeText(one, candidates[i].encoding);
-                built[i][byte] = text && text->size() == 1 ? (*text)[0] : undefinedByte;
+                built[i][byte] = text && text->size() == 1 && !isC1Control((*text)[0])
+                                     ? (*text)[0]
+                                     : undefinedByte;
             }
         }
         return built;
@@ -293,21 +301,62 @@ struct Ranked {
 // first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
 // ones beyond it; by score within each tier, then in the candidates' order. Of decodings identical
 // to a better one only the better one is kept.
+// The single-byte candidates that define every byte present.
+std::array<bool, candidateCount> definingCandidates(const std::array<bool, 256>& present) {
+    std::array<bool, candidateCount> defining{};
+    for (std::size_t i = 0; i < candidateCount; ++i) {
+        if (!candidates[i].singleByte) continue;
+        const ByteTable& table = byteTables()[i];
+        defining[i] = true;
+        for (int byte = 0; byte < 256 && defining[i]; ++byte) {
+            defining[i] = !present[byte] || table[byte] != undefinedByte;
+        }
+    }
+    return defining;
+}
+
+// For each single-byte candidate, the characters (sorted) that its bytes decode to where some other
+// defining candidate decodes the same byte differently: the only ones that can tell them apart.
+std::array<std::u16string, candidateCount> tellingCharacters(
+    const std::array<bool, 256>& present, const std::array<bool, candidateCount>& defining) {
+    const auto& tables = byteTables();
+    std::array<std::u16string, candidateCount> telling;
+    for (int byte = 0x80; byte < 256; ++byte) {
+        if (!present[byte]) continue;
+        std::optional<char16_t> first;
+        bool differs = false;
+        for (std::size_t i = 0; i < candidateCount; ++i) {
+            if (!defining[i]) continue;
+            if (!first) first = tables[i][byte];
+            differs = differs || tables[i][byte] != *first;
+        }
+        if (!differs) continue;
+        for (std::size_t i = 0; i < candidateCount; ++i) {
+            if (defining[i]) telling[i].push_back(tables[i][byte]);
+        }
+    }
+    for (std::u16string& characters : telling)
+        std::sort(characters.begin(), characters.end());
+    return telling;
+}
+
+// Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
+// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
+// ones beyond it; by their telling score within each tier, then in the candidates' order. Of
+// decodings identical to a better one only the better one is kept.
 std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
                                    const internal::Utf8Scan& scan) {
     const auto sample = evidenceSample(bytes, scan);
     const auto present = bytesPresent(bytes);
+    const auto defining = definingCandidates(present);
+    const auto telling = tellingCharacters(present, defining);
     std::vector<Ranked> ranked;
     for (std::size_t i = 0; i < candidateCount; ++i) {
         const Candidate& candidate = candidates[i];
         std::u16string decoded;
         if (candidate.singleByte) {
+            if (!defining[i]) continue;
             const ByteTable& table = byteTables()[i];
-            bool defined = true;
-            for (int byte = 0; byte < 256 && defined; ++byte) {
-                defined = !present[byte] || table[byte] != undefinedByte;
-            }
-            if (!defined) continue;
             decoded.resize(sample.size());
             std::transform(sample.begin(), sample.end(), decoded.begin(),
                            [&table](std::uint8_t byte) { return table[byte]; });
@@ -316,15 +365,16 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         } else {
             continue;
         }
-        internal::TextScore score = internal::scoreText(decoded, candidate.script);
+        internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
         score.total -= candidate.prior;
+        score.tellingTotal -= candidate.prior;
         const bool ideographic =
             !candidate.singleByte && score.costPerCharacter() <= ideographicCostLimit;
         ranked.push_back({candidate, score, std::move(decoded), ideographic});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
         if (a.tier() != b.tier()) return a.tier() < b.tier();
-        return a.score.total > b.score.total;
+        return a.score.tellingTotal > b.score.tellingTotal;
     });
     std::vector<Ranked> distinct;
     for (Ranked& entry : ranked) {
@@ -349,7 +399,10 @@ bool isConfident(const std::vector<Ranked>& ranked) {
     if (best.score.characters == 0 || best.score.costPerCharacter() > plausibleCost) return false;
     if (best.tier() == 2) return false;
     if (ranked.size() == 1 || best.tier() != ranked[1].tier()) return true;
-    return best.score.total - ranked[1].score.total >= leastMargin;
+    // The prior already speaks for the common encoding; its lead counts towards the margin, so
+    // that only a clearly better rare encoding stands in its way.
+    const int priorLead = std::max(0, ranked[1].candidate.prior - best.candidate.prior);
+    return best.score.tellingTotal - ranked[1].score.tellingTotal + priorLead >= leastMargin;
 }
 
 // ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.

@@ -74,7 +74,12 @@ constexpr int symbolCost = 2 * unseenLevel;
 bool isCommonPunctuation(char16_t c) {
     switch (c) {
         case 0x00A0:  // no-break space
+        case 0x00A7:  // §
+        case 0x00A9:  // ©
         case 0x00AB:  // «
+        case 0x00AE:  // ®
+        case 0x00B0:  // °
+        case 0x00B7:  // ·
         case 0x00BB:  // »
         case 0x20AC:  // €
         case 0x2013:  // –
@@ -87,6 +92,7 @@ bool isCommonPunctuation(char16_t c) {
         case 0x201E:  // „
         case 0x2022:  // •
         case 0x2026:  // …
+        case 0x2122:  // ™
             return true;
         default:
             return false;
@@ -111,40 +117,65 @@ Folded fold(char16_t c) {
     return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
 }
 
+struct Totals {
+    std::int64_t total;
+    std::int64_t telling;
+};
+
 // Text scored against each language of its script, keeping the best: a wrong decoding mixes letters
-// that no one language puts together.
+// that no one language puts together. `cost` answers the total and the telling total.
 template <typename Cost>
 TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
-    TextScore best{INT64_MIN, characters};
+    TextScore best{INT64_MIN, characters, INT64_MIN};
     for (std::size_t i = 0; i < std::size(languageModels); ++i) {
         if (languageModels[i].script != script) continue;
-        best.total = std::max(best.total, cost(languageTables()[i]));
+        const auto [total, telling] = cost(languageTables()[i]);
+        best.total = std::max(best.total, total);
+        best.tellingTotal = std::max(best.tellingTotal, telling);
     }
     return best;
 }
 
-TextScore scoreAlphabetic(std::u16string_view text, Script script) {
+bool isTelling(std::span<const char16_t> telling, char16_t c) {
+    return c >= 0x80 && std::binary_search(telling.begin(), telling.end(), c);
+}
+
+TextScore scoreAlphabetic(std::u16string_view text, Script script,
+                          std::span<const char16_t> telling) {
     // The pairs once, then their levels in each language.
-    std::vector<std::uint32_t> pairs;
+    struct Pair {
+        std::uint32_t characters;
+        bool telling;
+    };
+    std::vector<Pair> pairs;
     std::int64_t ownCosts = 0;
+    std::int64_t tellingOwnCosts = 0;
     std::int64_t characters = 0;
     char16_t previous = boundary;
+    bool previousTells = false;
     for (const char16_t c : text) {
         if (c >= 0x80 && ++characters > scoredCharacters) break;
         const Folded folded = fold(c);
+        const bool tells = isTelling(telling, c);
         ownCosts += folded.cost;
+        tellingOwnCosts += tells ? folded.cost : 0;
         if ((previous >= 0x80 || folded.character >= 0x80) &&
             !(previous == boundary && folded.character == boundary)) {
-            pairs.push_back((std::uint32_t{previous} << 16) | folded.character);
+            pairs.push_back(
+                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
         }
         previous = folded.character;
+        previousTells = tells;
     }
     return bestLanguage(script, std::min(characters, scoredCharacters),
                         [&](const LevelTable& table) {
-                            std::int64_t total = -ownCosts;
-                            for (const std::uint32_t pair : pairs)
-                                total -= levelOf(table, pair);
-                            return total;
+                            Totals totals{-ownCosts, -tellingOwnCosts};
+                            for (const Pair& pair : pairs) {
+                                const int level = levelOf(table, pair.characters);
+                                totals.total -= level;
+                                totals.telling -= pair.telling ? level : 0;
+                            }
+                            return totals;
                         });
 }
 
@@ -172,14 +203,15 @@ TextScore scoreIdeographic(std::u16string_view text, Script script) {
                             std::int64_t total = -ownCosts;
                             for (const char16_t letter : letters)
                                 total -= levelOf(table, letter);
-                            return total;
+                            return Totals{total, total};
                         });
 }
 
 }  // namespace
 
-TextScore scoreText(std::u16string_view text, Script script) {
-    return isIdeographic(script) ? scoreIdeographic(text, script) : scoreAlphabetic(text, script);
+TextScore scoreText(std::u16string_view text, Script script, std::span<const char16_t> telling) {
+    return isIdeographic(script) ? scoreIdeographic(text, script)
+                                 : scoreAlphabetic(text, script, telling);
 }
 
 }  // namespace quod::internal

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace quod::internal {
@@ -33,6 +34,9 @@ struct TextScore {
     std::int64_t total = 0;
     // How many characters outside ASCII were scored.
     std::int64_t characters = 0;
+    // Like `total`, over the pairs that hold a telling character only, under the language that
+    // explains those pairs best.
+    std::int64_t tellingTotal = 0;
 
     // The average cost of one scored character; 0 when nothing was scored.
     [[nodiscard]] double costPerCharacter() const {
@@ -48,7 +52,10 @@ inline constexpr int unseenLevel = 24;
 inline constexpr std::int64_t scoredCharacters = 4096;
 
 // Scores text against the models of `script`. Text in an ideographic script is scored character by
-// character, any other character pair by pair.
-[[nodiscard]] TextScore scoreText(std::u16string_view text, Script script);
+// character, any other character pair by pair. `telling` (sorted) holds the characters where this
+// decoding differs from another one; characters every decoding shares say nothing about which is
+// right, and the language that best explains them would only add noise to the comparison.
+[[nodiscard]] TextScore scoreText(std::u16string_view text, Script script,
+                                  std::span<const char16_t> telling);
 
 }  // namespace quod::internal
