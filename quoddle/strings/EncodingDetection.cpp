@@ -396,13 +396,16 @@ constexpr std::int64_t leastMargin = 10;
 bool isConfident(const std::vector<Ranked>& ranked) {
     if (ranked.empty()) return false;
     const Ranked& best = ranked.front();
-    if (best.score.characters == 0 || best.score.costPerCharacter() > plausibleCost) return false;
+    // One character outside ASCII could be a stray byte in anything.
+    if (best.score.characters < 2 || best.score.costPerCharacter() > plausibleCost) return false;
     if (best.tier() == 2) return false;
-    if (ranked.size() == 1 || best.tier() != ranked[1].tier()) return true;
     // The prior already speaks for the common encoding; its lead counts towards the margin, so
     // that only a clearly better rare encoding stands in its way.
-    const int priorLead = std::max(0, ranked[1].candidate.prior - best.candidate.prior);
-    return best.score.tellingTotal - ranked[1].score.tellingTotal + priorLead >= leastMargin;
+    return std::all_of(ranked.begin() + 1, ranked.end(), [&best](const Ranked& other) {
+        if (other.tier() != best.tier()) return true;
+        const int priorLead = std::max(0, other.candidate.prior - best.candidate.prior);
+        return best.score.tellingTotal - other.score.tellingTotal + priorLead >= leastMargin;
+    });
 }
 
 // ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.

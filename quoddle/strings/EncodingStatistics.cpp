@@ -107,7 +107,11 @@ struct Folded {
 Folded fold(char16_t c) {
     if (c < 0x80) {
         const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, 0};
+        // Control characters other than white space mean binary data, whatever the encoding.
+        const bool control =
+            (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' && c != 0x1B) ||
+            c == 0x7F;
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0};
     }
     const auto mask = U_GET_GC_MASK(c);
     if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
