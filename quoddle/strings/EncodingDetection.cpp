@@ -396,8 +396,7 @@ constexpr std::int64_t leastMargin = 10;
 bool isConfident(const std::vector<Ranked>& ranked) {
     if (ranked.empty()) return false;
     const Ranked& best = ranked.front();
-    // One character outside ASCII could be a stray byte in anything.
-    if (best.score.characters < 2 || best.score.costPerCharacter() > plausibleCost) return false;
+    if (best.score.characters == 0 || best.score.costPerCharacter() > plausibleCost) return false;
     if (best.tier() == 2) return false;
     // The prior already speaks for the common encoding; its lead counts towards the margin, so
     // that only a clearly better rare encoding stands in its way.
@@ -501,6 +500,8 @@ EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
         return Encodings::utf8;
     }
     if (const auto unicode = unmarkedUnicode(from)) return *unicode;
+    // A few bytes are too little to tell one legacy encoding from another.
+    if (from.size() < shortestText) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
     std::vector<Ranked> ranked = rankCandidates(from, scan);
     // The multibyte candidates were only tried on the sample; a longer text must decode whole.
     while (!ranked.empty() && !ranked.front().candidate.singleByte &&

@@ -33,9 +33,13 @@
 //      and 950, Big 5 HKSCS and GB 18030, must decode up to 64 KB from where the evidence starts,
 //      and the whole input before they are answered) is scored on that sample by how much its
 //      decoding reads like real text of a language in its script (EncodingStatistics.h).
-//      Encodings that decode the sample identically are one answer, the superset's (windows-1252
-//      for text that ISO Latin 1 decodes the same way). The best is answered only when it is
-//      confident: it reads like text and clearly beats every different decoding.
+//      A single-byte candidate that reads a present byte as a C1 control (the ISO 8859 encodings
+//      at 0x80 to 0x9F) is out. Candidates are compared only on the characters where their
+//      decodings differ, each against the rarer ones with its lead in prior counted. Encodings that
+//      decode the sample identically are one answer, the superset's (windows-1252 for text that
+//      ISO Latin 1 decodes the same way). The best is answered only when it is confident: it reads
+//      like text and clearly beats every different decoding. Input shorter than 10 bytes is too
+//      little to judge.
 //   5. Well-formed UTF-8 (with NULs) that is not placed is UTF-8; anything else, and empty input,
 //      answers 0: better no answer than a wrong one that saving would write back.
 //
