@@ -1,7 +1,5 @@
 #include "quoddle/strings/EncodingDetection.h"
 
-#include <unicode/ucsdet.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -10,7 +8,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "quoddle/strings/EncodingConversion.h"
+#include "quoddle/strings/EncodingStatistics.h"
 #include "quoddle/strings/IanaCharsetNames.h"
 #include "quoddle/strings/Utf8Scan.h"
 
@@ -177,46 +178,290 @@ std::optional<EncodingNumber> encodingOfByteOrderMark(std::span<const std::uint8
     return std::nullopt;
 }
 
-struct DetectorCloser {
-    void operator()(UCharsetDetector* detector) const { ucsdet_close(detector); }
+// The encodings the statistics weigh, in the order that breaks a tie: where two decode the text
+// identically, the one listed first is answered, so a superset comes before its subset
+// (windows-1252 before ISO Latin 1, GB 18030 and the Windows code pages before what they extend).
+// Each has a prior, a cost in levels that the text must overcome: the rarer encodings of a script
+// pay more, so that a text too short to tell answers the common encoding or nothing.
+struct Candidate {
+    EncodingNumber encoding;
+    internal::Script script;
+    bool singleByte;
+    int prior = 0;
 };
-using DetectorHandle = std::unique_ptr<UCharsetDetector, DetectorCloser>;
+using internal::Script;
+constexpr Candidate candidates[] = {
+    {Encodings::windowsCP1252, Script::latin, true},
+    {Encodings::isoLatin1, Script::latin, true},
+    {0x8000'020F, Script::latin, true},  // ISO Latin 9
+    {Encodings::windowsCP1250, Script::latin, true, 8},
+    {Encodings::isoLatin2, Script::latin, true, 8},
+    {Encodings::windowsCP1254, Script::latin, true, 10},
+    {0x8000'0209, Script::latin, true, 10},  // ISO Latin 5
+    {0x8000'0507, Script::latin, true, 12},  // windows-1257
+    {0x8000'020D, Script::latin, true, 12},  // ISO Latin 7
+    {0x8000'0204, Script::latin, true, 14},  // ISO Latin 4
+    {Encodings::windowsCP1251, Script::cyrillic, true},
+    {0x8000'0A02, Script::cyrillic, true},     // KOI8-R
+    {0x8000'0A08, Script::cyrillic, true, 4},  // KOI8-U
+    {0x8000'0205, Script::cyrillic, true, 6},  // ISO 8859-5
+    {0x8000'041B, Script::cyrillic, true, 6},  // IBM 866
+    {0x8000'0007, Script::cyrillic, true, 8},  // Mac OS Cyrillic
+    {Encodings::windowsCP1253, Script::greek, true},
+    {0x8000'0207, Script::greek, true},                   // ISO 8859-7
+    {0x8000'0506, Script::arabic, true},                  // windows-1256
+    {0x8000'0206, Script::arabic, true},                  // ISO 8859-6
+    {0x8000'0505, Script::hebrew, true},                  // windows-1255
+    {0x8000'0208, Script::hebrew, true},                  // ISO 8859-8
+    {Encodings::shiftJIS, Script::japanese, false},       // Windows code page 932
+    {0x8000'0632, Script::simplifiedChinese, false},      // GB 18030
+    {0x8000'0423, Script::traditionalChinese, false},     // Windows code page 950 (Big 5)
+    {0x8000'0A06, Script::traditionalChinese, false, 4},  // Big 5 HKSCS
+    {0x8000'0422, Script::korean, false},                 // Windows code page 949 (EUC-KR)
+};
+constexpr std::size_t candidateCount = std::size(candidates);
 
-// ICU's detector takes its byte statistics from the first 8 KB it is shown; only its UTF
-// recognisers read further. So it sees a bounded sample, which starts at the first byte that is
-// not UTF-8: in a file that opens with plain ASCII, that is where the evidence is, and English
-// before it only pulls the guess towards Latin-1. The start is rounded down to a multiple of 4, so
-// that UTF-16 and UTF-32 units keep their alignment.
+constexpr char16_t undefinedByte = 0xFFFF;
+using ByteTable = std::array<char16_t, 256>;
+
+constexpr bool isC1Control(char16_t c) {
+    return c >= 0x80 && c <= 0x9F;
+}
+
+// What each byte decodes to in each single-byte candidate, taken from the converters themselves. A
+// byte that decodes to a C1 control counts as undefined: nobody writes those characters, so the
+// ISO 8859 encodings, which put them at 0x80 to 0x9F, are out as soon as such a byte occurs.
+const std::array<ByteTable, candidateCount>& byteTables() {
+    static const auto tables = [] {
+        std::array<ByteTable, candidateCount> built{};
+        for (std::size_t i = 0; i < candidateCount; ++i) {
+            if (!candidates[i].singleByte) continue;
+            for (int byte = 0; byte < 256; ++byte) {
+                const std::uint8_t one[] = {static_cast<std::uint8_t>(byte)};
+                const auto text = decodeText(one, candidates[i].encoding);
+                built[i][byte] = text && text->size() == 1 && !isC1Control((*text)[0])
+                                     ? (*text)[0]
+                                     : undefinedByte;
+            }
+        }
+        return built;
+    }();
+    return tables;
+}
+
+// The bytes the statistics read: at most 64 KB, from shortly before the first byte that is not
+// UTF-8 (where the evidence starts). Both ends sit right after a byte below 0x30, which is a whole
+// character in every multibyte candidate (their trail bytes are 0x30 and above), so the sample
+// decodes as the whole text would.
 constexpr std::size_t sampleSize = 64 * 1024;
-// Below this, ICU's guesses are noise: it rates any text 10 for UTF-16 and random bytes below 20.
-constexpr int32_t leastConfidence = 20;
+constexpr std::size_t longestBackUp = 256;
 
-std::optional<EncodingNumber> icuDetection(std::span<const std::uint8_t> bytes,
-                                           const internal::Utf8Scan& scan) {
-    const std::size_t start = scan.wellFormed ? 0 : scan.wellFormedBytes & ~std::size_t{3};
-    const auto sample = bytes.subspan(start, std::min(sampleSize, bytes.size() - start));
+std::span<const std::uint8_t> evidenceSample(std::span<const std::uint8_t> bytes,
+                                             const internal::Utf8Scan& scan) {
+    std::size_t start = scan.wellFormed ? 0 : scan.wellFormedBytes;
+    const std::size_t lowest = start > longestBackUp ? start - longestBackUp : 0;
+    while (start > lowest && bytes[start - 1] >= 0x30)
+        --start;
+    std::size_t end = std::min(bytes.size(), start + sampleSize);
+    if (end < bytes.size()) {
+        std::size_t cut = end;
+        while (cut > start && bytes[cut - 1] >= 0x30)
+            --cut;
+        if (cut > start) end = cut;
+    }
+    return bytes.subspan(start, end - start);
+}
 
-    UErrorCode status = U_ZERO_ERROR;
-    const DetectorHandle detector(ucsdet_open(&status));
-    ucsdet_setText(detector.get(), reinterpret_cast<const char*>(sample.data()),
-                   static_cast<int32_t>(sample.size()), &status);
-    int32_t count = 0;
-    const UCharsetMatch** matches = ucsdet_detectAll(detector.get(), &count, &status);
-    // Without ICU's data there is simply no detection.
-    if (U_FAILURE(status)) return std::nullopt;
-    // The matches come most confident first.
-    for (int32_t i = 0; i < count; ++i) {
-        const int32_t confidence = ucsdet_getConfidence(matches[i], &status);
-        const char* name = ucsdet_getName(matches[i], &status);
-        if (U_FAILURE(status) || confidence < leastConfidence) break;
-        const EncodingNumber encoding = encodingForIanaCharsetName(name);
-        // ICU also names encodings the platform does not know ("IBM420_rtl"), and it offers UTF-8
-        // for short texts it cannot place, even when they are not UTF-8.
-        if (encoding == Encodings::unknownCharsetName) continue;
-        if (encoding == Encodings::utf8 && !scan.wellFormed) continue;
-        return encoding;
+std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
+    std::array<bool, 256> present{};
+    for (const std::uint8_t byte : bytes)
+        present[byte] = true;
+    return present;
+}
+
+// A multibyte candidate whose decoding costs more than this per character is not that script's
+// text: real text keeps to the characters the model knows, while other bytes read as Chinese,
+// Japanese or Korean land on rare characters and symbols.
+constexpr double ideographicCostLimit = 20.0;
+
+struct Ranked {
+    Candidate candidate;
+    internal::TextScore score;
+    std::u16string decoded;
+    bool ideographic;
+
+    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text.
+    [[nodiscard]] int tier() const {
+        if (candidate.singleByte) return 1;
+        return ideographic ? 0 : 2;
+    }
+};
+
+// Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
+// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
+// ones beyond it; by score within each tier, then in the candidates' order. Of decodings identical
+// to a better one only the better one is kept.
+// The single-byte candidates that define every byte present.
+std::array<bool, candidateCount> definingCandidates(const std::array<bool, 256>& present) {
+    std::array<bool, candidateCount> defining{};
+    for (std::size_t i = 0; i < candidateCount; ++i) {
+        if (!candidates[i].singleByte) continue;
+        const ByteTable& table = byteTables()[i];
+        defining[i] = true;
+        for (int byte = 0; byte < 256 && defining[i]; ++byte) {
+            defining[i] = !present[byte] || table[byte] != undefinedByte;
+        }
+    }
+    return defining;
+}
+
+// For each single-byte candidate, the characters (sorted) that its bytes decode to where some other
+// defining candidate decodes the same byte differently: the only ones that can tell them apart.
+std::array<std::u16string, candidateCount> tellingCharacters(
+    const std::array<bool, 256>& present, const std::array<bool, candidateCount>& defining) {
+    const auto& tables = byteTables();
+    std::array<std::u16string, candidateCount> telling;
+    for (int byte = 0x80; byte < 256; ++byte) {
+        if (!present[byte]) continue;
+        std::optional<char16_t> first;
+        bool differs = false;
+        for (std::size_t i = 0; i < candidateCount; ++i) {
+            if (!defining[i]) continue;
+            if (!first) first = tables[i][byte];
+            differs = differs || tables[i][byte] != *first;
+        }
+        if (!differs) continue;
+        for (std::size_t i = 0; i < candidateCount; ++i) {
+            if (defining[i]) telling[i].push_back(tables[i][byte]);
+        }
+    }
+    for (std::u16string& characters : telling)
+        std::sort(characters.begin(), characters.end());
+    return telling;
+}
+
+// Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
+// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
+// ones beyond it; by their telling score within each tier, then in the candidates' order. Of
+// decodings identical to a better one only the better one is kept.
+std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
+                                   const internal::Utf8Scan& scan) {
+    const auto sample = evidenceSample(bytes, scan);
+    const auto present = bytesPresent(bytes);
+    const auto defining = definingCandidates(present);
+    const auto telling = tellingCharacters(present, defining);
+    std::vector<Ranked> ranked;
+    for (std::size_t i = 0; i < candidateCount; ++i) {
+        const Candidate& candidate = candidates[i];
+        std::u16string decoded;
+        if (candidate.singleByte) {
+            if (!defining[i]) continue;
+            const ByteTable& table = byteTables()[i];
+            decoded.resize(sample.size());
+            std::transform(sample.begin(), sample.end(), decoded.begin(),
+                           [&table](std::uint8_t byte) { return table[byte]; });
+        } else if (auto text = decodeText(sample, candidate.encoding)) {
+            decoded = std::move(*text);
+        } else {
+            continue;
+        }
+        internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
+        score.total -= candidate.prior;
+        score.tellingTotal -= candidate.prior;
+        const bool ideographic =
+            !candidate.singleByte && score.costPerCharacter() <= ideographicCostLimit;
+        ranked.push_back({candidate, score, std::move(decoded), ideographic});
+    }
+    std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
+        if (a.tier() != b.tier()) return a.tier() < b.tier();
+        return a.score.tellingTotal > b.score.tellingTotal;
+    });
+    std::vector<Ranked> distinct;
+    for (Ranked& entry : ranked) {
+        const bool repeated =
+            std::any_of(distinct.begin(), distinct.end(),
+                        [&](const Ranked& kept) { return kept.decoded == entry.decoded; });
+        if (!repeated) distinct.push_back(std::move(entry));
+    }
+    return distinct;
+}
+
+// Confidence. The best decoding must read like real text (a cost per character within the limit:
+// wrong decodings pay about two unseen pairs, 48, per character) and beat every different decoding
+// by a clear margin, in levels summed over the sample. Raising either number answers more often
+// and is wrong more often; text that fails them answers 0, and the host asks the user.
+constexpr double plausibleCost = 36.0;
+constexpr std::int64_t leastMargin = 10;
+
+bool isConfident(const std::vector<Ranked>& ranked) {
+    if (ranked.empty()) return false;
+    const Ranked& best = ranked.front();
+    if (best.score.characters == 0 || best.score.costPerCharacter() > plausibleCost) return false;
+    if (best.tier() == 2) return false;
+    // The prior already speaks for the common encoding; its lead counts towards the margin, so
+    // that only a clearly better rare encoding stands in its way.
+    return std::all_of(ranked.begin() + 1, ranked.end(), [&best](const Ranked& other) {
+        if (other.tier() != best.tier()) return true;
+        const int priorLead = std::max(0, other.candidate.prior - best.candidate.prior);
+        return best.score.tellingTotal - other.score.tellingTotal + priorLead >= leastMargin;
+    });
+}
+
+// ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.
+std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    struct Escape {
+        std::string_view sequence;
+        EncodingNumber encoding;
+    };
+    static constexpr Escape escapes[] = {
+        {"\x1B$B", Encodings::iso2022JP},
+        {"\x1B$@", Encodings::iso2022JP},
+        {"\x1B$)C", 0x8000'0840},  // ISO-2022-KR
+        {"\x1B$)A", 0x8000'0830},  // ISO-2022-CN
+    };
+    for (const Escape& escape : escapes) {
+        if (text.find(escape.sequence) != std::string_view::npos &&
+            decodeText(bytes, escape.encoding)) {
+            return escape.encoding;
+        }
     }
     return std::nullopt;
+}
+
+// UTF-16 or UTF-32 without a mark. Text in any script has spaces, digits and line ends, whose units
+// hold NUL bytes, and those keep to one side of each unit; NULs scattered on both sides are binary
+// data. What decodes must also be free of control characters other than white space.
+std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> bytes) {
+    const auto sample = bytes.first(std::min(bytes.size(), sampleSize) & ~std::size_t{3});
+    if (sample.empty()) return std::nullopt;
+    std::array<std::size_t, 4> zeros{};
+    for (std::size_t i = 0; i < sample.size(); ++i)
+        zeros[i % 4] += sample[i] == 0 ? 1 : 0;
+    const std::size_t units = sample.size() / 2;
+    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side has few.
+    const auto lopsided = [units](std::size_t here, std::size_t there) {
+        return here * 32 >= units && there * 8 <= here;
+    };
+    std::optional<EncodingNumber> found;
+    // Units of UTF-32 outside the supplementary planes have two NULs in a row, on the same side.
+    const std::size_t quads = units / 2;
+    const auto nearlyAll = [quads](std::size_t count) { return count * 10 >= quads * 9; };
+    if (nearlyAll(zeros[2]) && nearlyAll(zeros[3]) && zeros[0] * 8 <= zeros[3]) {
+        found = Encodings::utf32LittleEndian;
+    } else if (nearlyAll(zeros[0]) && nearlyAll(zeros[1]) && zeros[3] * 8 <= zeros[0]) {
+        found = Encodings::utf32BigEndian;
+    } else if (lopsided(zeros[1] + zeros[3], zeros[0] + zeros[2])) {
+        found = Encodings::utf16LittleEndian;
+    } else if (lopsided(zeros[0] + zeros[2], zeros[1] + zeros[3])) {
+        found = Encodings::utf16BigEndian;
+    }
+    if (!found) return std::nullopt;
+    const auto text = decodeText(bytes, *found);
+    const bool plain = text && std::none_of(text->begin(), text->end(), [](char16_t c) {
+                           return c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f';
+                       });
+    return plain ? found : std::nullopt;
 }
 
 }  // namespace
@@ -249,10 +494,32 @@ EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
     if (const auto marked = encodingOfByteOrderMark(from)) return *marked;
     const internal::Utf8Scan scan = internal::scanUtf8(from);
     if (scan.wellFormed && std::memchr(from.data(), 0, from.size()) == nullptr) {
+        if (std::memchr(from.data(), 0x1B, from.size()) != nullptr) {
+            if (const auto iso2022 = iso2022Encoding(from)) return *iso2022;
+        }
         return Encodings::utf8;
     }
-    if (const auto detected = icuDetection(from, scan)) return *detected;
+    if (const auto unicode = unmarkedUnicode(from)) return *unicode;
+    // A few bytes are too little to tell one legacy encoding from another.
+    if (from.size() < shortestText) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
+    std::vector<Ranked> ranked = rankCandidates(from, scan);
+    // The multibyte candidates were only tried on the sample; a longer text must decode whole.
+    while (!ranked.empty() && !ranked.front().candidate.singleByte &&
+           evidenceSample(from, scan).size() != from.size() &&
+           !decodeText(from, ranked.front().candidate.encoding)) {
+        ranked.erase(ranked.begin());
+    }
+    if (isConfident(ranked)) return ranked.front().candidate.encoding;
     return scan.wellFormed ? Encodings::utf8 : Encodings::none;
+}
+
+std::vector<EncodingCandidate> encodingCandidates(std::span<const std::uint8_t> from) {
+    const internal::Utf8Scan scan = internal::scanUtf8(from);
+    std::vector<EncodingCandidate> listed;
+    for (const Ranked& entry : rankCandidates(from, scan)) {
+        listed.push_back({entry.candidate.encoding, entry.score.costPerCharacter()});
+    }
+    return listed;
 }
 
 }  // namespace quod::Text

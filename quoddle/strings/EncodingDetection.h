@@ -25,22 +25,37 @@
 // `Text::detectEncoding(from)` is what a host calls when guessEncoding answers 0. In order:
 //   1. A byte-order mark: UTF-8; UTF-32 little- or big-endian; UTF-16 little- or big-endian. The
 //      answer names the byte order (`Encodings::utf16LittleEndian`, ...).
-//   2. Well-formed UTF-8 without NUL bytes is UTF-8 (plain ASCII included).
-//   3. ICU's charset detector, shown up to 64 KB of the bytes from the first one that is not
-//      UTF-8 on (where the evidence starts). Its most confident guess counts that rates at least
-//      20 on ICU's 0 to 100 scale and names an encoding the IANA-name conversion knows; UTF-8 is
-//      never taken for bytes already found not to be UTF-8. This is also where UTF-16 or UTF-32
-//      text without a mark is recognised: such text can be well-formed UTF-8, full of NULs.
-//   4. Well-formed UTF-8 that the detector does not place is UTF-8; anything else, and empty
-//      input, answers 0.
+//   2. Well-formed UTF-8 without NUL bytes is UTF-8 (plain ASCII included), unless it is 7-bit text
+//      with the escape sequences of ISO-2022-JP, -KR or -CN and decodes in that encoding.
+//   3. UTF-16 or UTF-32 without a mark, told by NUL bytes that keep to one side of each unit.
+//   4. The statistics. Every candidate that can decode the bytes (single-byte encodings must define
+//      every byte present anywhere in the input; the multibyte ones, Windows code pages 932, 949
+//      and 950, Big 5 HKSCS and GB 18030, must decode up to 64 KB from where the evidence starts,
+//      and the whole input before they are answered) is scored on that sample by how much its
+//      decoding reads like real text of a language in its script (EncodingStatistics.h).
+//      A single-byte candidate that reads a present byte as a C1 control (the ISO 8859 encodings
+//      at 0x80 to 0x9F) is out. Candidates are compared only on the characters where their
+//      decodings differ, each against the rarer ones with its lead in prior counted. Encodings that
+//      decode the sample identically are one answer, the superset's (windows-1252 for text that
+//      ISO Latin 1 decodes the same way). The best is answered only when it is confident: it reads
+//      like text and clearly beats every different decoding. Input shorter than 10 bytes is too
+//      little to judge.
+//   5. Well-formed UTF-8 (with NULs) that is not placed is UTF-8; anything else, and empty input,
+//      answers 0: better no answer than a wrong one that saving would write back.
+//
+// `Text::encodingCandidates(from)` is step 4 laid open, for a user who wants to see why: every
+// candidate that decodes the bytes, best first, each with its average cost per character outside
+// ASCII (lower reads more like real text); it runs the statistics whatever steps 1 to 3 would say.
 //
 // Both functions are pure and may run on any thread. They never read past the end of the bytes,
 // and their time grows linearly with the size: two passes at most (the UTF-8 check, then one search
-// for both keywords, or a search for NULs), a scan of the declared value, and the bounded sample.
+// for both keywords, or one histogram of bytes), a scan of the declared value, and the bounded
+// sample.
 #pragma once
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "quoddle/Export.h"
 #include "quoddle/strings/StringEncoding.h"
@@ -50,5 +65,13 @@ namespace quod::Text {
 [[nodiscard]] QUODDLE_EXPORT EncodingNumber guessEncoding(std::span<const std::uint8_t> from);
 
 [[nodiscard]] QUODDLE_EXPORT EncodingNumber detectEncoding(std::span<const std::uint8_t> from);
+
+struct EncodingCandidate {
+    EncodingNumber encoding;
+    double costPerCharacter;
+};
+
+[[nodiscard]] QUODDLE_EXPORT std::vector<EncodingCandidate> encodingCandidates(
+    std::span<const std::uint8_t> from);
 
 }  // namespace quod::Text

@@ -120,9 +120,18 @@ TEST(DetectEncoding, ReadsMarksThenUtf8ThenStatistics) {
          std::string("H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d\0,\0 \0t\0h\0i\0s\0 \0i\0s\0 \0t\0e\0x\0t\0",
                      50),
          Encodings::utf16LittleEndian},
-        {"Latin-1", german, Encodings::isoLatin1},
+        // ISO Latin 1 decodes it the same way, so the superset is the answer.
+        {"Latin-1", german, Encodings::windowsCP1252},
         {"windows-1251", russian, Encodings::windowsCP1251},
-        {"Shift_JIS", japanese, 0x8000'0A01},
+        {"Shift_JIS", japanese, Encodings::shiftJIS},
+        {"ISO-2022-JP escapes are 7-bit but not UTF-8", "\x1B$B$3$l$O$\"$F$9$H$G$9\x1B(B",
+         Encodings::iso2022JP},
+        {"UTF-16 Cyrillic without a mark",
+         std::string(
+             "\x1F\x04\x40\x04\x38\x04\x32\x04\x35\x04\x42\x04 \0\x3C\x04\x38\x04\x40\x04\n\0", 22),
+         Encodings::utf16LittleEndian},
+        {"binary with NULs on both sides", std::string("\x01\0\0\x02\xFF\0\0\x85\x10\0\0\x03", 12),
+         Encodings::none},
         // A sample from the start of the file would see English only.
         {"Cyrillic after 100 KB of English", english + russian, Encodings::windowsCP1251},
         {"one stray byte", "\xFF", Encodings::none},

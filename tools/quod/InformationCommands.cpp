@@ -1,4 +1,5 @@
 // The commands that answer a question instead of rewriting a text.
+#include <cstdio>
 #include <iostream>
 #include <vector>
 
@@ -20,8 +21,22 @@ bool printedHelp(const Command& command, const ParsedArguments& arguments) {
     return true;
 }
 
+// The statistics' candidates under the answer, one a line, best first.
+std::string candidateLines(std::span<const std::uint8_t> bytes) {
+    std::string lines;
+    for (const auto& [encoding, cost] : Text::encodingCandidates(bytes)) {
+        char costText[32];
+        std::snprintf(costText, sizeof costText, "%.2f", cost);
+        lines += "  " + std::string(costText) + "  " + encodingDisplayName(encoding) + " (" +
+                 std::to_string(encoding) + ")\n";
+    }
+    return lines;
+}
+
+constexpr OptionDefinition encodingOptions[] = {{"--all"}};
+
 int encoding(const Command& command, std::span<const std::string> arguments) {
-    const ParsedArguments parsed = parseArguments(arguments, {});
+    const ParsedArguments parsed = parseArguments(arguments, encodingOptions);
     if (printedHelp(command, parsed)) return 0;
     std::vector<std::string> paths = parsed.operands();
     if (paths.empty()) paths.push_back("-");
@@ -41,7 +56,9 @@ int encoding(const Command& command, std::span<const std::string> arguments) {
             std::string line = input.displayName() + ": " + encodingDisplayName(found) + " (" +
                                std::to_string(found) + ")";
             if (found != Encodings::none) line += std::string(", ") + how;
-            writeStandardOutput(line + "\n");
+            line += "\n";
+            if (parsed.has("--all")) line += candidateLines(input.bytes());
+            writeStandardOutput(line);
         } catch (const Failure& failure) {
             std::cerr << "quod: " << failure.what() << '\n';
             status = 1;
@@ -82,10 +99,12 @@ int octal(const Command& command, std::span<const std::string> arguments) {
 
 const std::vector<Command>& informationCommandTable() {
     static const std::vector<Command> table{
-        {"encoding", "FILE...", "tell the encoding of files",
+        {"encoding", "FILE... [--all]", "tell the encoding of files",
          "Prints the encoding each file declares (an HTML charset, an XML encoding) or, when it\n"
          "declares none, the one its bytes suggest: the name, the encoding's number, and which of\n"
-         "the two it was. \"-\" or no file reads standard input.\n",
+         "the two it was. \"-\" or no file reads standard input. --all also lists, best first,\n"
+         "every encoding the statistics weighed with its cost per character outside ASCII\n"
+         "(lower reads more like real text).\n",
          encoding},
         {"split-command", "LINE", "split a command line into its arguments",
          "Prints the arguments of LINE one a line, as the framework splits a command the user\n"

@@ -1,0 +1,221 @@
+#include "quoddle/strings/EncodingStatistics.h"
+
+#include <unicode/uchar.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+namespace quod::internal {
+namespace {
+
+constexpr int deepestLevel = 20;
+
+struct LanguageModel {
+    std::string_view name;
+    Script script;
+    // Where the keys of level n + 1 begin in `keys`, counted in keys; the last entry is their
+    // count.
+    std::array<std::uint16_t, deepestLevel + 1> levelStarts;
+    // Character pairs, or single characters for the ideographic scripts, rarest level last.
+    std::u16string_view keys;
+};
+
+#include "data/LanguageModels.inc"
+
+constexpr bool isIdeographic(Script script) {
+    return script == Script::japanese || script == Script::simplifiedChinese ||
+           script == Script::traditionalChinese || script == Script::korean;
+}
+
+using LevelTable = std::unordered_map<std::uint32_t, std::uint8_t>;
+
+// One table per language, in the order of the models.
+const std::vector<LevelTable>& languageTables() {
+    static const auto tables = [] {
+        std::vector<LevelTable> built;
+        for (const LanguageModel& model : languageModels) {
+            LevelTable& table = built.emplace_back();
+            const std::size_t width = isIdeographic(model.script) ? 1 : 2;
+            for (int level = 1; level <= deepestLevel; ++level) {
+                for (std::size_t key = model.levelStarts[level - 1]; key < model.levelStarts[level];
+                     ++key) {
+                    const std::u16string_view units = model.keys.substr(key * width, width);
+                    const std::uint32_t packed =
+                        width == 1 ? units[0] : (std::uint32_t{units[0]} << 16) | units[1];
+                    const auto [entry, added] =
+                        table.emplace(packed, static_cast<std::uint8_t>(level));
+                    if (!added)
+                        entry->second = std::min(entry->second, static_cast<std::uint8_t>(level));
+                }
+            }
+        }
+        return built;
+    }();
+    return tables;
+}
+
+int levelOf(const LevelTable& table, std::uint32_t key) {
+    const auto found = table.find(key);
+    return found != table.end() ? found->second : unseenLevel;
+}
+
+constexpr char16_t boundary = u' ';
+
+// What a character costs on its own, besides the pairs it forms. Letters cost nothing here; the
+// punctuation that real text uses costs a little, so that an encoding cannot win by turning letters
+// into punctuation; anything else outside ASCII (C1 controls, box drawing, rare symbols) is what a
+// wrong decoding produces, and costs as much as a letter no pair explains.
+constexpr int punctuationCost = 6;
+constexpr int symbolCost = 2 * unseenLevel;
+
+bool isCommonPunctuation(char16_t c) {
+    switch (c) {
+        case 0x00A0:  // no-break space
+        case 0x00A7:  // §
+        case 0x00A9:  // ©
+        case 0x00AB:  // «
+        case 0x00AE:  // ®
+        case 0x00B0:  // °
+        case 0x00B7:  // ·
+        case 0x00BB:  // »
+        case 0x20AC:  // €
+        case 0x2013:  // –
+        case 0x2014:  // —
+        case 0x2018:  // ‘
+        case 0x2019:  // ’
+        case 0x201A:  // ‚
+        case 0x201C:  // “
+        case 0x201D:  // ”
+        case 0x201E:  // „
+        case 0x2022:  // •
+        case 0x2026:  // …
+        case 0x2122:  // ™
+            return true;
+        default:
+            return false;
+    }
+}
+
+struct Folded {
+    char16_t character;  // lower case, or `boundary`
+    int cost;
+};
+
+Folded fold(char16_t c) {
+    if (c < 0x80) {
+        const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+        // Control characters other than white space mean binary data, whatever the encoding.
+        const bool control =
+            (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' && c != 0x1B) ||
+            c == 0x7F;
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0};
+    }
+    const auto mask = U_GET_GC_MASK(c);
+    if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
+        const UChar32 lower = u_tolower(c);
+        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0};
+    }
+    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
+}
+
+struct Totals {
+    std::int64_t total;
+    std::int64_t telling;
+};
+
+// Text scored against each language of its script, keeping the best: a wrong decoding mixes letters
+// that no one language puts together. `cost` answers the total and the telling total.
+template <typename Cost>
+TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
+    TextScore best{INT64_MIN, characters, INT64_MIN};
+    for (std::size_t i = 0; i < std::size(languageModels); ++i) {
+        if (languageModels[i].script != script) continue;
+        const auto [total, telling] = cost(languageTables()[i]);
+        best.total = std::max(best.total, total);
+        best.tellingTotal = std::max(best.tellingTotal, telling);
+    }
+    return best;
+}
+
+bool isTelling(std::span<const char16_t> telling, char16_t c) {
+    return c >= 0x80 && std::binary_search(telling.begin(), telling.end(), c);
+}
+
+TextScore scoreAlphabetic(std::u16string_view text, Script script,
+                          std::span<const char16_t> telling) {
+    // The pairs once, then their levels in each language.
+    struct Pair {
+        std::uint32_t characters;
+        bool telling;
+    };
+    std::vector<Pair> pairs;
+    std::int64_t ownCosts = 0;
+    std::int64_t tellingOwnCosts = 0;
+    std::int64_t characters = 0;
+    char16_t previous = boundary;
+    bool previousTells = false;
+    for (const char16_t c : text) {
+        if (c >= 0x80 && ++characters > scoredCharacters) break;
+        const Folded folded = fold(c);
+        const bool tells = isTelling(telling, c);
+        ownCosts += folded.cost;
+        tellingOwnCosts += tells ? folded.cost : 0;
+        if ((previous >= 0x80 || folded.character >= 0x80) &&
+            !(previous == boundary && folded.character == boundary)) {
+            pairs.push_back(
+                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
+        }
+        previous = folded.character;
+        previousTells = tells;
+    }
+    return bestLanguage(script, std::min(characters, scoredCharacters),
+                        [&](const LevelTable& table) {
+                            Totals totals{-ownCosts, -tellingOwnCosts};
+                            for (const Pair& pair : pairs) {
+                                const int level = levelOf(table, pair.characters);
+                                totals.total -= level;
+                                totals.telling -= pair.telling ? level : 0;
+                            }
+                            return totals;
+                        });
+}
+
+// Ideographic punctuation (、。「」 and the full-width forms) is common in real text and rare in a
+// wrong decoding, which lands anywhere in the character set.
+constexpr int ideographicPunctuationCost = 4;
+
+TextScore scoreIdeographic(std::u16string_view text, Script script) {
+    std::vector<char16_t> letters;
+    std::int64_t ownCosts = 0;
+    std::int64_t characters = 0;
+    for (const char16_t c : text) {
+        if (c < 0x80) continue;
+        if (++characters > scoredCharacters) break;
+        const auto mask = U_GET_GC_MASK(c);
+        if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
+            letters.push_back(c);
+        } else {
+            ownCosts += (mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0 ? ideographicPunctuationCost
+                                                                   : symbolCost;
+        }
+    }
+    return bestLanguage(script, std::min(characters, scoredCharacters),
+                        [&](const LevelTable& table) {
+                            std::int64_t total = -ownCosts;
+                            for (const char16_t letter : letters)
+                                total -= levelOf(table, letter);
+                            return Totals{total, total};
+                        });
+}
+
+}  // namespace
+
+TextScore scoreText(std::u16string_view text, Script script, std::span<const char16_t> telling) {
+    return isIdeographic(script) ? scoreIdeographic(text, script)
+                                 : scoreAlphabetic(text, script, telling);
+}
+
+}  // namespace quod::internal
