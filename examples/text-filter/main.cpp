@@ -5,10 +5,10 @@
 //
 // It also upper-cases the text and undoes that again: each Text operation is one undo step, so
 // the undo takes back the upper-casing and nothing else.
-#include <fstream>
 #include <iostream>
 
 #include "quoddle/base/FileBytes.h"
+#include "quoddle/base/FileReplacement.h"
 #include "quoddle/text/DecodedText.h"
 #include "quoddle/text/LineOperations.h"
 #include "quoddle/text/QuodTextView.h"
@@ -33,13 +33,16 @@ int main(int argc, char** argv) {
     quod::Text::uppercase(view);
     view.undo();
 
-    std::ofstream out(argv[2], std::ios::binary);
-    const bool encoded = quod::writeDocument(
-        view.textStorage(), document->encoding, document->byteOrderMark, [&out](auto bytes) {
-            out.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
-        });
-    if (!encoded || !out.flush()) {
-        std::cerr << "text-filter: cannot write " << argv[2] << "\n";
+    // Written whole or not at all, never readable by others before it is complete.
+    std::error_code error;
+    auto out = quod::FileReplacement::replacing(argv[2], &error);
+    bool written = out.has_value();
+    const bool encoded =
+        out &&
+        quod::writeDocument(view.textStorage(), document->encoding, document->byteOrderMark,
+                            [&](auto bytes) { written = written && out->write(bytes, &error); });
+    if (!encoded || !written || !out->commit(&error)) {
+        std::cerr << "text-filter: cannot write " << argv[2] << ": " << error.message() << "\n";
         return 1;
     }
 }
