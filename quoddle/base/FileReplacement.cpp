@@ -49,12 +49,6 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string_view nameOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string_view(path)
-                                      : std::string_view(path).substr(slash + 1);
-}
-
 // The umask without changing it (umask(2) can only be read by setting it, which races with every
 // other thread that creates files). Linux reports it in /proc/self/status since 4.7.
 mode_t currentUmask() {
@@ -246,7 +240,7 @@ bool FileReplacement::openTemporaryFile(std::error_code* error) {
     if (!descriptor_.valid()) {
         // No O_TMPFILE here: a named file, private from its first instant, which a signal handler
         // or the next sweep can find by its name.
-        const std::string name = folder + "/" + internal::scratchName(nameOf(target_));
+        const std::string name = internal::scratchPath(folder, target_);
         registration_ = internal::registerScratchFile(name, true);
         temporary_ = name;
         descriptor_ = FileDescriptor(systemCalls().open(
@@ -333,7 +327,7 @@ bool FileReplacement::commitByRename(std::error_code* error) {
 }
 
 bool FileReplacement::nameTemporaryFile(std::error_code* error) {
-    const std::string name = folder_ + "/" + internal::scratchName(nameOf(target_));
+    const std::string name = internal::scratchPath(folder_, target_);
     registration_ = internal::registerScratchFile(name, true);
     const int file = descriptor_.get();
     int linked = -1;

@@ -70,11 +70,6 @@ bool makePrivateFolder(const std::string& path, std::error_code* error) {
     return true;
 }
 
-std::string lastComponent(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 // Puts the backed-up contents of `backup` back into `target` and flushes it.
 bool restore(int backup, const BackupHead& head, int target, std::error_code* error) {
     const off_t contents = headSize + static_cast<off_t>(head.pathLength);
@@ -192,7 +187,7 @@ bool overwriteInPlace(const char* targetPath, int source, std::error_code* error
 
     // The backup: named, private and locked from the start, so that no sweep takes it while we
     // live and the next replacement finds it if we do not.
-    const std::string backupPath = *folder + "/" + scratchName(lastComponent(targetPath));
+    const std::string backupPath = scratchPath(*folder, targetPath);
     const Registration registration(backupPath);
     FileDescriptor backup(systemCalls().open(
         backupPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));

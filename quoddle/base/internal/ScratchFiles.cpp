@@ -88,14 +88,16 @@ static_assert(std::atomic<int>::is_always_lock_free, "the signal handler needs l
 
 }  // namespace
 
-std::string scratchName(std::string_view targetName) {
+std::string scratchPath(std::string_view folder, std::string_view target) {
+    const std::string_view targetName = target.substr(target.rfind('/') + 1);
     const uint64_t bits = randomBits();
     char hex[hexDigits + 1];
     for (std::size_t digit = 0; digit < hexDigits; ++digit) {
         hex[digit] = "0123456789abcdef"[(bits >> (4 * digit)) & 0xF];
     }
     hex[hexDigits] = '\0';
-    std::string name = ".";
+    std::string name(folder);
+    name += "/.";
     name += targetName.substr(0, longestTargetName);
     name += marker;
     name += std::to_string(::getpid());
@@ -130,8 +132,7 @@ int claimStaleScratchFile(const std::string& path) {
         return -1;
     }
     if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return -1;  // its writer is still at work
-    const std::size_t slash = path.rfind('/');
-    const pid_t writer = writerOf(slash == std::string::npos ? path : path.substr(slash + 1));
+    const pid_t writer = writerOf(path);  // the last marker is the one in the file's name
     // Between creating a file and locking it, a writer holds no lock yet: a file of a live
     // process is left alone for a minute, unless that process is this one and knows the file
     // is not being made.

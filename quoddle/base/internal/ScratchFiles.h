@@ -21,9 +21,9 @@
 
 namespace quod::internal {
 
-// A fresh scratch file name for a file called `targetName`.
-[[nodiscard]] std::string scratchName(std::string_view targetName);
-// True when `name` has the shape scratchName gives.
+// A fresh scratch file path in `folder` for the file at `target` (named after its last component).
+[[nodiscard]] std::string scratchPath(std::string_view folder, std::string_view target);
+// True when the file name `name` has the shape scratchPath gives.
 [[nodiscard]] bool isScratchName(std::string_view name);
 
 // Opens an existing scratch file `path` and takes its lock when it is stale: the descriptor
