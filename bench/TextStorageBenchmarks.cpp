@@ -6,6 +6,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <string>
 #include <vector>
 
 #include "DocumentGenerator.h"
@@ -61,7 +62,40 @@ void BM_EditNearCursor_NaiveString(benchmark::State& state) {
 }
 BENCHMARK(BM_EditNearCursor_NaiveString)->Apply(documentSizes);
 
-// Edits anywhere: the gap travels a third of the document on average.
+// A one-character edit at a random place through the view, as a user jumping around would make
+// it: each iteration inserts a character at one random place and deletes one at another.
+void BM_EditAtRandomPositions_ViewWithUndo(benchmark::State& state) {
+    QuodTextView view(TextStorage::fromUtf8(utf8Document(state.range(0) * megabyte)));
+    std::mt19937_64 random(3);
+    for (auto _ : state) {
+        view.replaceWithUndo(u"x", {static_cast<int64_t>(random() % view.length()), 0}, false);
+        view.replaceWithUndo(u"", {static_cast<int64_t>(random() % view.length()), 1}, false);
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+BENCHMARK(BM_EditAtRandomPositions_ViewWithUndo)->Apply(documentSizes);
+
+// One undo step of an edit made at a random place; the history is refilled, untimed, by a
+// thousand such edits whenever it runs out.
+void BM_UndoAtRandomPositions_View(benchmark::State& state) {
+    QuodTextView view(TextStorage::fromUtf8(utf8Document(state.range(0) * megabyte)));
+    std::mt19937_64 random(4);
+    for (auto _ : state) {
+        if (!view.undoManager().canUndo()) {
+            state.PauseTiming();
+            for (int k = 0; k < 1000; ++k) {
+                const auto at = static_cast<int64_t>(random() % (view.length() - 8));
+                view.replaceWithUndo(k % 2 == 0 ? u"xyz" : u"", {at, k % 2 == 0 ? 0 : 3}, false);
+            }
+            state.ResumeTiming();
+        }
+        view.undo();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_UndoAtRandomPositions_View)->Apply(documentSizes);
+
+// Edits anywhere, straight on the storage.
 void BM_EditAtRandomPositions_TextStorage(benchmark::State& state) {
     TextStorage storage(utf16Document(state.range(0) * megabyte));
     std::mt19937_64 random(3);
@@ -131,6 +165,15 @@ void BM_LineByNumber_TextStorage(benchmark::State& state) {
         benchmark::DoNotOptimize(storage.rangeOfLine(lines[next++ % lines.size()]));
 }
 BENCHMARK(BM_LineByNumber_TextStorage)->Apply(documentSizes);
+
+void BM_StartOfLine_TextStorage(benchmark::State& state) {
+    const TextStorage storage = editedStorage(state.range(0));
+    const auto lines = randomPositions(storage.lineCount());
+    std::size_t next = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(storage.startOfLine(lines[next++ % lines.size()]));
+}
+BENCHMARK(BM_StartOfLine_TextStorage)->Apply(documentSizes);
 
 void BM_LineOfPosition_TextStorage(benchmark::State& state) {
     const TextStorage storage = editedStorage(state.range(0));
@@ -212,31 +255,50 @@ void BM_LoadUtf8File_NaiveString(benchmark::State& state) {
 }
 BENCHMARK(BM_LoadUtf8File_NaiveString)->Apply(documentSizes)->Unit(benchmark::kMillisecond);
 
-// Select all, replace by one word, undo: the history may hold the replaced text once, and after
-// the undo only the word. Memory figures are resident bytes over the document's UTF-16 bytes.
+// The peak resident memory of this process since the call, in bytes (the kernel's high-water
+// mark, reset by writing 5 to clear_refs).
+void resetPeakResident() {
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+int64_t peakResidentBytes() {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("VmHWM:", 0) == 0) return std::stoll(line.substr(6)) * 1024;
+    }
+    return 0;
+}
+
+// Load a file, select all, replace by one word, undo, redo: the history holds the replaced text
+// once. Memory figures are resident bytes over the file's bytes: the peak over the four steps,
+// and what stays after each.
 void BM_ReplaceAllThenUndo_View(benchmark::State& state) {
-    const int64_t textBytes = state.range(0) * megabyte * 2;
-    (void)utf16Document(state.range(0) * megabyte);  // the source copy is not the view's memory
-    double afterReplace = 0, afterUndo = 0, afterRedo = 0;
+    const std::string path = documentFile(state.range(0));
+    const auto fileBytes = static_cast<double>(utf8Document(state.range(0) * megabyte).size());
+    double peak = 0, afterReplace = 0, afterUndo = 0, afterRedo = 0;
     for (auto _ : state) {
         malloc_trim(0);
         const int64_t before = residentBytes();
-        QuodTextView view(utf16Document(state.range(0) * megabyte));
-        const int64_t loaded = residentBytes();
+        resetPeakResident();
+        QuodTextView view(*TextStorage::fromUtf8File(path));
         view.replaceWithUndo(u"word", {0, view.length()}, true);
-        afterReplace = static_cast<double>(residentBytes() - before) / textBytes;
+        malloc_trim(0);
+        afterReplace = static_cast<double>(residentBytes() - before) / fileBytes;
         view.undo();
         malloc_trim(0);
-        afterUndo = static_cast<double>(residentBytes() - before) / textBytes;
+        afterUndo = static_cast<double>(residentBytes() - before) / fileBytes;
         view.redo();
-        afterRedo = static_cast<double>(residentBytes() - before) / textBytes;
-        benchmark::DoNotOptimize(loaded);
+        malloc_trim(0);
+        afterRedo = static_cast<double>(residentBytes() - before) / fileBytes;
+        peak = static_cast<double>(peakResidentBytes() - before) / fileBytes;
     }
+    state.counters["peakPerFileByte"] = peak;
     state.counters["residentAfterReplace"] = afterReplace;
     state.counters["residentAfterUndo"] = afterUndo;
     state.counters["residentAfterRedo"] = afterRedo;
+    std::remove(path.c_str());
 }
-BENCHMARK(BM_ReplaceAllThenUndo_View)->Arg(100)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReplaceAllThenUndo_View)->Apply(documentSizes)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace quod::bench

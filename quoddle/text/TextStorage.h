@@ -1,14 +1,18 @@
-// The document text: UTF-16 units in a gap buffer, with an index of line starts.
+// The document text: UTF-16 units in a balanced tree of chunks of a few thousand units, whose
+// inner nodes sum the units and line terminators below them.
 //
-// Edits near the previous edit cost time proportional to the edit; line questions (the line of a
-// position, the start of a line, `lineRangeForRange`) are answered from the index in O(log lines)
-// without scanning. Every position and length counts UTF-16 units; ranges outside the text are
+// Every edit, wherever it happens, costs O(log n) plus the size of the edit; so do the line
+// questions (the line of a position, the start of a line, `lineRangeForRange`), without scanning.
+// Chunks of mostly Latin-1 text keep one byte per unit, so a mostly-ASCII document takes little
+// more memory than its UTF-8 file. Every position and length counts UTF-16 units; ranges outside the text are
 // programming errors that stop the process. Each replacement tells `didProcessEditing` observers
 // the range the new text occupies and the change in length, so that they can update their own
 // indexes without a rescan.
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,9 +20,7 @@
 #include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
 #include "quoddle/base/Signal.h"
-#include "quoddle/base/SplitVector.h"
 #include "quoddle/strings/LineFunctions.h"
-#include "quoddle/text/LineStartIndex.h"
 
 namespace quod {
 
@@ -31,9 +33,13 @@ class QUODDLE_EXPORT TextStorage {
   public:
     TextStorage();
     explicit TextStorage(std::u16string_view text);
+    // A moved-from storage may only be assigned to or destroyed.
+    TextStorage(TextStorage&& other) noexcept;
+    TextStorage& operator=(TextStorage&& other) noexcept;
+    ~TextStorage();
 
-    // Decodes UTF-8 (ill-formed sequences become U+FFFD) straight into the buffer and indexes it;
-    // for mostly-ASCII text the storage needs twice the bytes plus eight bytes a line.
+    // Decodes UTF-8 (ill-formed sequences become U+FFFD) straight into chunks in one pass; ASCII
+    // runs are copied as they are.
     [[nodiscard]] static TextStorage fromUtf8(std::string_view bytes);
 
     // Loads a UTF-8 file, decoding straight from a read-only mapping of it (so the bytes are never
@@ -42,9 +48,18 @@ class QUODDLE_EXPORT TextStorage {
     [[nodiscard]] static std::optional<TextStorage> fromUtf8File(const std::string& path);
 
     [[nodiscard]] std::u16string string() const;
-    [[nodiscard]] int64_t length() const { return buffer_.length(); }
+    [[nodiscard]] int64_t length() const;
     [[nodiscard]] char16_t characterAtIndex(int64_t index) const;
     [[nodiscard]] std::u16string substringWithRange(Range range) const;
+    // The text of a range as a storage of its own, as compact as this one: what an undo record
+    // keeps of a large replaced stretch.
+    [[nodiscard]] TextStorage storageWithRange(Range range) const;
+
+    // Hands the text of `range` to `visit` in order, in pieces of at most a few thousand units,
+    // without copying the whole: for scans over large texts. Pieces end where the storage's
+    // chunks do, which is never between a CR and its LF nor inside a surrogate pair (except
+    // where the range itself cuts one).
+    void forEachPiece(Range range, const std::function<void(std::u16string_view)>& visit) const;
 
     // The platform's line functions (see LineFunctions.h for the rules), from the index.
     [[nodiscard]] Range lineRangeForRange(Range range) const;
@@ -55,24 +70,37 @@ class QUODDLE_EXPORT TextStorage {
 
     // Lines as the index counts them: one more than there are terminators, so an empty text has
     // one line and a final terminator is followed by an empty last line. Lines are numbered from 0.
-    [[nodiscard]] int64_t lineCount() const { return lines_.lineCount(); }
+    [[nodiscard]] int64_t lineCount() const;
     [[nodiscard]] int64_t lineIndexOfPosition(int64_t position) const;
     [[nodiscard]] int64_t startOfLine(int64_t line) const;
     // [start, end behind the terminator) of a line.
     [[nodiscard]] Range rangeOfLine(int64_t line) const;
 
     void replaceCharactersInRange(Range range, std::u16string_view text);
+    void replaceCharactersInRange(Range range, const TextStorage& text);
 
     Signal<TextStorage, const TextStorageEdit&> didProcessEditing;
 
+    // Chunk sizes in units: chunks are cut at `target` when built and kept between `minimum`
+    // and `maximum` under edits. The defaults suit documents of any size; tiny sizes make every
+    // chunk border reachable in tests.
+    struct ChunkSizes {
+        int64_t target = 2048;
+        int64_t minimum = 512;
+        int64_t maximum = 4096;
+    };
+    TextStorage(std::u16string_view text, ChunkSizes sizes);
+
   private:
-    TextStorage(SplitVector<char16_t>&& buffer);
-    void indexWholeText();
+    struct Tree;
+    explicit TextStorage(std::unique_ptr<Tree> tree);
+    int64_t lineContaining(int64_t position) const;
     int64_t endOfLine(int64_t line) const;
     int64_t terminatorLengthBefore(int64_t end, int64_t lineStart) const;
+    template <typename Feed>
+    void replaceChunks(Range range, int64_t insertedLength, const Feed& feedInserted);
 
-    SplitVector<char16_t> buffer_;
-    LineStartIndex lines_;
+    std::unique_ptr<Tree> tree_;
 };
 
 }  // namespace quod

@@ -1,11 +1,29 @@
 #include "quoddle/text/UndoManager.h"
 
 namespace quod {
+namespace {
+
+// Short texts are kept as strings; from this many units on, as compact storages (one byte a unit
+// for mostly Latin-1 text instead of two).
+constexpr int64_t compactFrom = 4096;
+
+std::variant<std::u16string, TextStorage> keep(const TextStorage& storage, Range range) {
+    if (range.length < compactFrom) return storage.substringWithRange(range);
+    return storage.storageWithRange(range);
+}
+
+int64_t lengthOf(const std::variant<std::u16string, TextStorage>& text) {
+    if (const auto* string = std::get_if<std::u16string>(&text)) return std::ssize(*string);
+    return std::get<TextStorage>(text).length();
+}
+
+}  // namespace
 
 void UndoManager::Replacement::swap(TextStorage& storage) {
-    std::u16string current = storage.substringWithRange(range);
-    const auto restoredLength = static_cast<int64_t>(text.size());
-    storage.replaceCharactersInRange(range, text);
+    auto current = keep(storage, range);
+    const int64_t restoredLength = lengthOf(text);
+    std::visit([&](const auto& restored) { storage.replaceCharactersInRange(range, restored); },
+               text);
     range.length = restoredLength;
     // A swap, not a move: moving a short string into a long one would keep the long one's buffer.
     text.swap(current);
@@ -28,7 +46,7 @@ void UndoManager::registerReplacement(const TextStorage& storage, Range range, i
     QUOD_PRECONDITION(level_ > 0, "a replacement is recorded only inside an undo group");
     QUOD_PRECONDITION(newLength >= 0, "negative replacement length");
     redoStack_.clear();
-    open_->replacements.push_back({{range.location, newLength}, storage.substringWithRange(range)});
+    open_->replacements.push_back({{range.location, newLength}, keep(storage, range)});
 }
 
 std::optional<Range> UndoManager::undo(TextStorage& storage) {

@@ -4,7 +4,8 @@
 // `range`", where range is where the new text will lie. Reverting swaps the two: the text now in
 // the range is taken out and kept, and the stored text goes in, so the same record then redoes the
 // change. Each record therefore holds exactly one copy of the text it replaced, and undoing a
-// select-all-and-replace of a huge document keeps only the (small) replacement afterwards.
+// select-all-and-replace of a huge document keeps only the (small) replacement afterwards. A
+// large replaced stretch is kept as a text storage of its own, as compact as the document's.
 //
 // Grouping. Replacements are recorded only inside a group; groups nest, and the outermost one is
 // one undo step. A group remembers the selection when it opened and when it closed, and undo and
@@ -15,6 +16,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "quoddle/Export.h"
@@ -47,8 +49,8 @@ class QUODDLE_EXPORT UndoManager {
 
   private:
     struct Replacement {
-        Range range;          // where the text to be swapped out lies now
-        std::u16string text;  // what goes back in its place
+        Range range;                                    // where the text to be swapped out lies now
+        std::variant<std::u16string, TextStorage> text;  // what goes back in its place
         void swap(TextStorage& storage);
     };
     struct Group {
