@@ -84,13 +84,14 @@ rows=(
   "replace_peak_per_byte|select all/replace/undo/redo: peak per byte"
   "replace_ms|select all/replace/undo/redo, ms"
 )
-figure() {  # formats a figure to three significant digits, or "-" when missing
+figure() {  # three significant digits (whole numbers from 100 on), or "-" when missing
   awk -v v="${1:-}" 'BEGIN { if (v == "") print "-"; else if (v >= 100) printf "%.0f\n", v;
-                             else if (v >= 10) printf "%.1f\n", v; else if (v >= 1) printf "%.2f\n", v;
-                             else printf "%.3f\n", v }'
+                             else printf "%#.3g\n", v }'
 }
 ratio() {
-  awk -v q="${1:-}" -v p="${2:-}" 'BEGIN { if (q == "" || p == "" || p + 0 == 0) print "-"; else printf "%.2fx\n", q / p }'
+  awk -v q="${1:-}" -v p="${2:-}" 'BEGIN { if (q == "" || p == "" || p + 0 == 0) print "-";
+                                           else if (q / p >= 100) printf "%.0fx\n", q / p;
+                                           else printf "%#.3gx\n", q / p }'
 }
 
 # Characters, not bytes, for the padding of labels with "µ" in them.
