@@ -20,30 +20,19 @@ int64_t LineLocationArray::firstIndexAtOrAfter(int64_t location) const {
 }
 
 std::vector<int64_t> LineLocationArray::toVector() const {
-    std::vector<int64_t> locations;
-    locations.reserve(static_cast<std::size_t>(size()));
-    for (int64_t index = 0; index < size(); ++index)
-        locations.push_back((*this)[index]);
+    if (!indexed_) return {};
+    std::vector<int64_t> locations = starts_.starts();
+    if (locations.back() == textLength_) locations.back() = emptyLastLine;
     return locations;
 }
 
 bool operator==(const LineLocationArray& array, const std::vector<int64_t>& locations) {
-    if (array.size() != std::ssize(locations)) return false;
-    for (int64_t index = 0; index < array.size(); ++index) {
-        if (array[index] != locations[static_cast<std::size_t>(index)]) return false;
-    }
-    return true;
+    return array.size() == std::ssize(locations) && array.toVector() == locations;
 }
 
 std::vector<int64_t> LineLocationArray::locationsByRebuilding(const TextStorage& textStorage) {
-    const int64_t length = textStorage.length();
-    std::vector<int64_t> locations;
-    for (int64_t position = 0; position < length;) {
-        locations.push_back(position);
-        position = textStorage.lineBoundsForRange({position, 0}).end;
-    }
-    const LineBounds last = textStorage.lineBoundsForRange({length, 0});
-    if (last.start == last.end) locations.push_back(emptyLastLine);
+    std::vector<int64_t> locations = textStorage.lineStarts();
+    if (locations.back() == textStorage.length()) locations.back() = emptyLastLine;
     return locations;
 }
 

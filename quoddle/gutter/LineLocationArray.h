@@ -5,14 +5,14 @@
 // largest int64, instead of the text length: "" gives [emptyLastLine], "a\n" gives
 // [0, emptyLastLine], "a\r\nb" gives [0, 3]. Before the first `rebuild` the array is empty.
 //
-// `rebuild` walks the whole text with the text storage's line rule, as the index was always
-// built, and is the reference. `apply` brings the array up to date from one edit notification
-// of the text storage in time proportional to the edit: it reads only the changed units and
-// their two neighbours, drops and refinds the starts there and shifts the later ones lazily (see
-// LineStartIndex). The array must have seen every edit since its last rebuild; an edit that does
-// not fit (the lengths disagree) falls back to a rebuild. Both answer whether any entry changed.
+// `rebuild` takes every line start from the text storage's own index, and is the reference.
+// `apply` brings the array up to date from one edit notification of the text storage in time
+// proportional to the edit (plus O(log lines)): it reads only the changed units and their two
+// neighbours, and drops and refinds the starts there (see LineStartIndex). The array must have
+// seen every edit since its last rebuild; an edit that does not fit (the lengths disagree) falls
+// back to a rebuild. Both answer whether any entry changed.
 //
-// Reading an entry is O(1), `toVector` and comparison O(lines).
+// Reading an entry is O(log lines), `toVector` and comparison O(lines).
 #pragma once
 
 #include <cstdint>

@@ -1,22 +1,19 @@
 // The sorted positions at which lines start, kept up to date under edits in logarithmic time.
 //
-// Line 0 always starts at 0, and there is one more line than there are terminators. The starts
-// live in a gap buffer. A text edit shifts every later start by the same amount; instead of
-// touching them all, the index remembers one pending shift (`stepLength_`) owed by every line
-// after `stepLine_`:
-//     start(line) == stored(line) + (line > stepLine_ ? stepLength_ : 0).
-// Edits near the previous edit move the step a short way, so typing costs O(log lines); a jump
-// across the document pays for the lines the step passes over, once.
+// Line 0 always starts at 0, and there is one more line than there are terminators. The index
+// keeps the length of each line (start to next start) in runs, in a B-tree whose nodes sum the
+// lengths and count the lines below them, so that a text edit anywhere moves every later start
+// by changing one length: every operation costs O(log lines) plus the lines it adds or removes.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
-#include "quoddle/base/SplitVector.h"
 
 namespace quod {
 
@@ -25,17 +22,19 @@ class QUODDLE_EXPORT LineStartIndex {
     LineStartIndex();
     LineStartIndex(LineStartIndex&& other) noexcept;
     LineStartIndex& operator=(LineStartIndex&& other) noexcept;
+    ~LineStartIndex();
 
     // Builds the index from starts already found (the first must be 0), as loading does.
     explicit LineStartIndex(std::span<const int64_t> starts);
 
-    [[nodiscard]] int64_t lineCount() const { return starts_.length(); }
+    [[nodiscard]] int64_t lineCount() const;
 
     [[nodiscard]] int64_t start(int64_t line) const;
+    // Every start, in O(lines).
+    [[nodiscard]] std::vector<int64_t> starts() const;
 
     // The line whose span [start(line), start(line + 1)) holds position; the last line for any
-    // position at or after its start. O(1) for the line of the previous answer or the one after
-    // it (editing commands walk lines in order), O(log lines) otherwise.
+    // position at or after its start.
     [[nodiscard]] int64_t lineContaining(int64_t position) const;
 
     // Shifts the starts of every line after `line` by delta.
@@ -64,20 +63,16 @@ class QUODDLE_EXPORT LineStartIndex {
     // just before the change (ignored when it starts at 0); `nextIsLineFeed` says whether the unit
     // just after the new text is an LF, which decides whether a CR at either edge starts a line.
     // Answers the lines that now start inside the change. Costs O(log lines + text.size() +
-    // lines removed), plus the pending shift's travel (see above).
+    // lines removed).
     Lines replace(Range range, std::u16string_view text, char16_t unitBefore, bool nextIsLineFeed);
 
   private:
-    void applyStepUpTo(int64_t line);
-    void unapplyStepDownTo(int64_t line);
+    struct Tree;
+    // Replaces the lengths of lines [first, first + count) (count >= 1) with `lengths`.
+    void replaceLengths(int64_t first, int64_t count, std::span<const int64_t> lengths);
+    [[nodiscard]] int64_t lengthOf(int64_t line) const;
 
-    SplitVector<int64_t> starts_;
-    int64_t stepLine_ = 0;
-    int64_t stepLength_ = 0;
-    // The previous answer of lineContaining. A search of a large index misses the cache at nearly
-    // every step, so trying the neighbourhood of the last answer first pays off. Atomic (relaxed)
-    // so that concurrent readers stay well defined.
-    mutable std::atomic<int64_t> lastLine_{0};
+    std::unique_ptr<Tree> tree_;
 };
 
 }  // namespace quod

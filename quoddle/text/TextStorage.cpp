@@ -182,7 +182,7 @@ std::u16string TextStorage::substringWithRange(Range range) const {
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
     std::u16string result(static_cast<std::size_t>(range.length), u'\0');
     tree_->chunks.forEachLeaf(
-        range.location, range.end(),
+        By::units, range.location, range.end(),
         [&](const TextChunk& chunk, const internal::TreeMeasures& before) {
             const int64_t from = std::max(range.location, before.units);
             const int64_t to = std::min(range.end(), before.units + chunk.length());
@@ -196,7 +196,7 @@ void TextStorage::forEachPiece(Range range,
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
     std::vector<char16_t> units;
     tree_->chunks.forEachLeaf(
-        range.location, range.end(),
+        By::units, range.location, range.end(),
         [&](const TextChunk& chunk, const internal::TreeMeasures& before) {
             const int64_t from = std::max(range.location, before.units);
             const int64_t to = std::min(range.end(), before.units + chunk.length());
@@ -233,6 +233,18 @@ int64_t TextStorage::startOfLine(int64_t line) const {
     const auto found = tree_->chunks.find(By::lines, line - 1);
     return found.before.units +
            found.leaf->lineEnds()[static_cast<std::size_t>(line - 1 - found.before.lines)];
+}
+
+std::vector<int64_t> TextStorage::lineStarts() const {
+    std::vector<int64_t> starts;
+    starts.reserve(static_cast<std::size_t>(lineCount()));
+    starts.push_back(0);
+    tree_->chunks.forEachLeaf(By::units, 0, length(),
+                              [&](const TextChunk& chunk, const internal::TreeMeasures& before) {
+                                  for (const uint16_t end : chunk.lineEnds())
+                                      starts.push_back(before.units + end);
+                              });
+    return starts;
 }
 
 int64_t TextStorage::endOfLine(int64_t line) const {

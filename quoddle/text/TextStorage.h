@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "quoddle/Export.h"
 #include "quoddle/base/Range.h"
@@ -73,6 +74,8 @@ class QUODDLE_EXPORT TextStorage {
     [[nodiscard]] int64_t lineCount() const;
     [[nodiscard]] int64_t lineIndexOfPosition(int64_t position) const;
     [[nodiscard]] int64_t startOfLine(int64_t line) const;
+    // The start of every line, in order, in O(lines).
+    [[nodiscard]] std::vector<int64_t> lineStarts() const;
     // [start, end behind the terminator) of a line.
     [[nodiscard]] Range rangeOfLine(int64_t line) const;
 

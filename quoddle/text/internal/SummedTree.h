@@ -128,10 +128,10 @@ class SummedTree {
         return true;
     }
 
-    // Calls visit(leaf, before) for each leaf that holds a unit of [from, to), in order.
+    // Calls visit(leaf, before) for each leaf that holds a unit (or line) of [from, to), in order.
     template <typename Visit>
-    void forEachLeaf(int64_t from, int64_t to, Visit&& visit) const {
-        if (from < to) visitRange(root_, height_, TreeMeasures{}, from, to, visit);
+    void forEachLeaf(By by, int64_t from, int64_t to, Visit&& visit) const {
+        if (from < to) visitRange(root_, height_, by, TreeMeasures{}, from, to, visit);
     }
 
     // Replaces the leaves that lie wholly inside [from, to), measured `by` units or lines, with
@@ -210,15 +210,17 @@ class SummedTree {
     }
 
     template <typename Visit>
-    static void visitRange(const Node* node, int level, TreeMeasures before, int64_t from,
+    static void visitRange(const Node* node, int level, By by, TreeMeasures before, int64_t from,
                            int64_t to, Visit& visit) {
-        for (int i = 0; i < node->count && before.units < to; ++i) {
-            if (before.units + node->sums[0][i] > from) {
+        const auto b = static_cast<std::size_t>(by);
+        for (int i = 0; i < node->count && (by == By::units ? before.units : before.lines) < to;
+             ++i) {
+            if ((by == By::units ? before.units : before.lines) + node->sums[b][i] > from) {
                 if (level == 1) {
                     visit(static_cast<const Leaf&>(*static_cast<Leaf*>(node->children[i])),
                           before);
                 } else {
-                    visitRange(static_cast<const Node*>(node->children[i]), level - 1, before,
+                    visitRange(static_cast<const Node*>(node->children[i]), level - 1, by, before,
                                from, to, visit);
                 }
             }
