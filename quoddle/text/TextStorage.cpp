@@ -74,19 +74,6 @@ class ChunkBuilder {
     Chunks chunks_;
 };
 
-bool isAscii(std::string_view bytes) {
-    uint64_t any = 0;
-    std::size_t i = 0;
-    for (; i + 8 <= bytes.size(); i += 8) {
-        uint64_t word;
-        std::memcpy(&word, bytes.data() + i, 8);
-        any |= word;
-    }
-    for (; i < bytes.size(); ++i)
-        any |= static_cast<unsigned char>(bytes[i]);
-    return (any & 0x8080808080808080ULL) == 0;
-}
-
 bool isContinuationByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
@@ -139,8 +126,8 @@ TextStorage TextStorage::fromUtf8(std::string_view bytes) {
         const std::size_t end =
             utf8Border(bytes, start, start + static_cast<std::size_t>(sizes.target));
         const std::string_view piece = bytes.substr(start, end - start);
-        if (isAscii(piece)) {
-            chunks.push_back(std::make_unique<TextChunk>(TextChunk::fromLatin1(piece)));
+        if (auto latin1 = TextChunk::fromMostlyLatin1Utf8(piece)) {
+            chunks.push_back(std::make_unique<TextChunk>(std::move(*latin1)));
         } else {
             const auto decoded = internal::decodeUtf8(piece, units.data());
             chunks.push_back(

@@ -1,8 +1,10 @@
 #include "quoddle/text/internal/TextChunk.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "quoddle/base/Precondition.h"
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/LineFunctions.h"
 
 namespace quod::internal {
@@ -18,13 +20,33 @@ int64_t patchLimit(int64_t length) {
 // chunk never starts with the LF of its pair).
 template <typename Unit>
 void appendLineEnds(const Unit* units, int64_t n, std::vector<uint16_t>& ends) {
+    constexpr uint64_t ones = 0x0101010101010101ULL;
+    constexpr uint64_t highs = 0x8080808080808080ULL;
     for (int64_t i = 0; i < n; ++i) {
+        if constexpr (sizeof(Unit) == 1) {
+            // Skips eight bytes at a time while none is below 0x0E or is 0x85 (NEL).
+            while (i + 8 <= n) {
+                uint64_t word;
+                std::memcpy(&word, units + i, 8);
+                const uint64_t nel = word ^ (0x85 * ones);
+                const bool maybe = (((word - 0x0E * ones) & ~word) | ((nel - ones) & ~nel)) & highs;
+                if (maybe) break;
+                i += 8;
+            }
+            if (i >= n) break;
+        }
         const auto unit = static_cast<char16_t>(units[i]);
         if (unit > u'\r' && unit != 0x85 && unit != 0x2028 && unit != 0x2029) continue;
         if (!isLineTerminator(unit)) continue;
         if (unit == u'\r' && i + 1 < n && units[i + 1] == u'\n') continue;
         ends.push_back(static_cast<uint16_t>(i + 1));
     }
+}
+
+// The byte the one-byte form keeps for a unit; a patched unit keeps 0, so that scans of the bytes
+// never take it for a line terminator.
+uint8_t byteFor(char16_t unit) {
+    return unit > 0xFF ? 0 : static_cast<uint8_t>(unit);
 }
 
 }  // namespace
@@ -41,7 +63,7 @@ TextChunk::TextChunk(std::u16string_view units) {
         patches_.reserve(static_cast<std::size_t>(high));
         for (int64_t i = 0; i < n; ++i) {
             const char16_t unit = units[static_cast<std::size_t>(i)];
-            narrow_[static_cast<std::size_t>(i)] = static_cast<uint8_t>(unit);
+            narrow_[static_cast<std::size_t>(i)] = byteFor(unit);
             if (unit > 0xFF) patches_.push_back({static_cast<uint16_t>(i), unit});
         }
     }
@@ -49,13 +71,66 @@ TextChunk::TextChunk(std::u16string_view units) {
     lineEnds_.shrink_to_fit();
 }
 
-TextChunk TextChunk::fromLatin1(std::string_view bytes) {
+std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes) {
     QUOD_PRECONDITION(std::ssize(bytes) <= capacityLimit, "a chunk holds at most 65535 units");
     TextChunk chunk;
-    const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
-    chunk.narrow_.assign(data, data + bytes.size());
-    chunk.lineEnds_.reserve(bytes.size() / 32);
-    appendLineEnds(data, std::ssize(bytes), chunk.lineEnds_);
+    chunk.narrow_.resize(bytes.size());
+    const auto* in = reinterpret_cast<const uint8_t*>(bytes.data());
+    uint8_t* out = chunk.narrow_.data();
+    const std::size_t n = bytes.size();
+    std::size_t read = 0;
+    std::size_t written = 0;
+    while (read < n) {
+        // Eight ASCII bytes at a time: the common case.
+        if (read + 8 <= n) {
+            uint64_t word;
+            std::memcpy(&word, in + read, 8);
+            if ((word & 0x8080808080808080ULL) == 0) {
+                std::memcpy(out + written, &word, 8);
+                read += 8;
+                written += 8;
+                continue;
+            }
+        }
+        const uint8_t byte = in[read];
+        if (byte < 0x80) {
+            out[written++] = byte;
+            ++read;
+            continue;
+        }
+        const Utf8Lead lead = utf8Lead(byte);
+        if (lead.length == 0 || read + static_cast<std::size_t>(lead.length) > n ||
+            in[read + 1] < lead.low || in[read + 1] > lead.high) {
+            return std::nullopt;
+        }
+        char32_t code = byte & (0x7F >> lead.length);
+        for (int k = 1; k < lead.length; ++k) {
+            const uint8_t next = in[read + static_cast<std::size_t>(k)];
+            if ((next & 0xC0) != 0x80) return std::nullopt;
+            code = (code << 6) | (next & 0x3F);
+        }
+        read += static_cast<std::size_t>(lead.length);
+        const auto patch = [&](char16_t unit) {
+            chunk.patches_.push_back({static_cast<uint16_t>(written), unit});
+            out[written++] = byteFor(unit);
+        };
+        if (code <= 0xFF) {
+            out[written++] = static_cast<uint8_t>(code);
+        } else if (code <= 0xFFFF) {
+            patch(static_cast<char16_t>(code));
+        } else {
+            patch(static_cast<char16_t>(0xD7C0 + (code >> 10)));
+            patch(static_cast<char16_t>(0xDC00 | (code & 0x3FF)));
+        }
+    }
+    if (std::ssize(chunk.patches_) > patchLimit(static_cast<int64_t>(written))) return std::nullopt;
+    chunk.narrow_.resize(written);
+    appendLineEnds(out, static_cast<int64_t>(written), chunk.lineEnds_);
+    // The one-byte form reads U+2028 and U+2029 as the bytes 0x28 and 0x29: add their ends.
+    for (const Patch& p : chunk.patches_) {
+        if (p.unit == 0x2028 || p.unit == 0x2029) chunk.lineEnds_.push_back(p.offset + 1);
+    }
+    std::sort(chunk.lineEnds_.begin(), chunk.lineEnds_.end());
     chunk.lineEnds_.shrink_to_fit();
     return chunk;
 }
@@ -113,26 +188,21 @@ void TextChunk::replace(int64_t from, int64_t count, std::u16string_view units) 
         } else {
             for (auto patch = lastGone; patch != patches_.end(); ++patch)
                 patch->offset = static_cast<uint16_t>(patch->offset + delta);
-            std::vector<Patch> added;
-            added.reserve(static_cast<std::size_t>(high));
+            auto at = patches_.erase(firstGone, lastGone);
             for (int64_t i = 0; i < inserted; ++i) {
                 const char16_t unit = units[static_cast<std::size_t>(i)];
-                if (unit > 0xFF) added.push_back({static_cast<uint16_t>(from + i), unit});
+                if (unit > 0xFF) at = patches_.insert(at, {static_cast<uint16_t>(from + i), unit}) + 1;
             }
-            const auto at = patches_.erase(firstGone, lastGone);
-            patches_.insert(at, added.begin(), added.end());
 
             const auto start = narrow_.begin() + from;
             const int64_t overwrite = std::min(count, inserted);
-            std::transform(units.begin(), units.begin() + overwrite, start,
-                           [](char16_t u) { return static_cast<uint8_t>(u); });
+            std::transform(units.begin(), units.begin() + overwrite, start, byteFor);
             if (count > inserted) {
                 narrow_.erase(start + overwrite, start + count);
             } else if (inserted > count) {
-                std::vector<uint8_t> rest(static_cast<std::size_t>(inserted - count));
-                std::transform(units.begin() + overwrite, units.end(), rest.begin(),
-                               [](char16_t u) { return static_cast<uint8_t>(u); });
-                narrow_.insert(start + overwrite, rest.begin(), rest.end());
+                const auto at = narrow_.insert(start + overwrite,
+                                               static_cast<std::size_t>(inserted - count), 0);
+                std::transform(units.begin() + overwrite, units.end(), at, byteFor);
             }
         }
     }
@@ -153,21 +223,14 @@ void TextChunk::replace(int64_t from, int64_t count, std::u16string_view units) 
     const auto firstMoved = std::upper_bound(firstChanged, lineEnds_.end(), from + count);
     for (auto end = firstMoved; end != lineEnds_.end(); ++end)
         *end = static_cast<uint16_t>(*end + delta);
-    const std::vector<uint16_t> found = lineEndsIn(from, from + inserted);
-    const auto at = lineEnds_.erase(firstChanged, firstMoved);
-    lineEnds_.insert(at, found.begin(), found.end());
-}
-
-std::vector<uint16_t> TextChunk::lineEndsIn(int64_t from, int64_t to) const {
-    std::vector<uint16_t> ends;
+    auto at = lineEnds_.erase(firstChanged, firstMoved);
     const int64_t n = length();
-    for (int64_t end = std::max<int64_t>(from, 1); end <= std::min(to, n); ++end) {
-        const char16_t unit = at(end - 1);
-        if (!isLineTerminator(unit)) continue;
-        if (unit == u'\r' && end < n && at(end) == u'\n') continue;
-        ends.push_back(static_cast<uint16_t>(end));
+    for (int64_t end = std::max<int64_t>(from, 1); end <= std::min(from + inserted, n); ++end) {
+        const char16_t unit = this->at(end - 1);
+        if (!isLineTerminator(unit) || (unit == u'\r' && end < n && this->at(end) == u'\n'))
+            continue;
+        at = lineEnds_.insert(at, static_cast<uint16_t>(end)) + 1;
     }
-    return ends;
 }
 
 int64_t TextChunk::linesEndingThrough(int64_t offset) const {

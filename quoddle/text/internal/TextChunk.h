@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -26,8 +27,9 @@ class TextChunk {
 
     TextChunk() = default;
     explicit TextChunk(std::u16string_view units);
-    // From bytes that are units below U+0100 (ASCII, or Latin-1).
-    [[nodiscard]] static TextChunk fromLatin1(std::string_view bytes);
+    // From well-formed UTF-8 whose characters are nearly all below U+0100, decoded straight into
+    // the one-byte form; no value for bytes that are ill-formed or hold many other characters.
+    [[nodiscard]] static std::optional<TextChunk> fromMostlyLatin1Utf8(std::string_view bytes);
 
     [[nodiscard]] int64_t length() const;
     [[nodiscard]] char16_t at(int64_t offset) const;
@@ -56,7 +58,6 @@ class TextChunk {
     };
 
     void becomeWide();
-    [[nodiscard]] std::vector<uint16_t> lineEndsIn(int64_t from, int64_t to) const;
 
     std::vector<uint8_t> narrow_;   // low byte of every unit, in the one-byte form
     std::vector<Patch> patches_;    // units above U+00FF of the one-byte form, by offset
