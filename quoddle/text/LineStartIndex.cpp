@@ -1,7 +1,6 @@
 #include "quoddle/text/LineStartIndex.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "quoddle/strings/LineFunctions.h"

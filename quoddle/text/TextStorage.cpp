@@ -1,7 +1,6 @@
 #include "quoddle/text/TextStorage.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "quoddle/base/CheckedArithmetic.h"

@@ -126,11 +126,13 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
     if (std::ssize(chunk.patches_) > patchLimit(static_cast<int64_t>(written))) return std::nullopt;
     chunk.narrow_.resize(written);
     appendLineEnds(out, static_cast<int64_t>(written), chunk.lineEnds_);
-    // The one-byte form reads U+2028 and U+2029 as the bytes 0x28 and 0x29: add their ends.
+    // Patched units keep the byte 0, so the scan passed over U+2028 and U+2029: add their ends.
+    const auto scanned = std::ssize(chunk.lineEnds_);
     for (const Patch& p : chunk.patches_) {
         if (p.unit == 0x2028 || p.unit == 0x2029) chunk.lineEnds_.push_back(p.offset + 1);
     }
-    std::sort(chunk.lineEnds_.begin(), chunk.lineEnds_.end());
+    if (std::ssize(chunk.lineEnds_) > scanned)
+        std::sort(chunk.lineEnds_.begin(), chunk.lineEnds_.end());
     chunk.lineEnds_.shrink_to_fit();
     return chunk;
 }
@@ -235,12 +237,6 @@ void TextChunk::replace(int64_t from, int64_t count, std::u16string_view units) 
 
 int64_t TextChunk::linesEndingThrough(int64_t offset) const {
     return std::upper_bound(lineEnds_.begin(), lineEnds_.end(), offset) - lineEnds_.begin();
-}
-
-int64_t TextChunk::heapBytes() const {
-    return static_cast<int64_t>(narrow_.capacity() + patches_.capacity() * sizeof(Patch) +
-                                wide_.capacity() * sizeof(char16_t) +
-                                lineEnds_.capacity() * sizeof(uint16_t));
 }
 
 }  // namespace quod::internal

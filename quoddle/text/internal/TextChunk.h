@@ -48,9 +48,6 @@ class TextChunk {
         return {length(), static_cast<int64_t>(lineEnds_.size())};
     }
 
-    // Bytes of memory the chunk holds beyond its own object.
-    [[nodiscard]] int64_t heapBytes() const;
-
   private:
     struct Patch {
         uint16_t offset;
