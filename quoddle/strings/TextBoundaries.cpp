@@ -74,7 +74,10 @@ bool holdsLetterOrDigit(std::u16string_view segment) {
 
 int64_t boundaryAtOrBefore(icu::BreakIterator& breaker, int64_t position) {
     if (breaker.isBoundary(static_cast<int32_t>(position))) return position;
-    return breaker.preceding(static_cast<int32_t>(position));
+    // Inside the text's first surrogate pair ICU moves back to 0 before looking further back,
+    // finds nothing and answers DONE; the start of the text is the boundary meant.
+    const int32_t before = breaker.preceding(static_cast<int32_t>(position));
+    return before == icu::BreakIterator::DONE ? 0 : before;
 }
 
 int64_t boundaryAtOrAfter(icu::BreakIterator& breaker, int64_t position) {

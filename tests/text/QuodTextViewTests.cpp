@@ -184,6 +184,15 @@ TEST(QuodTextView, WidensByCharacterWordAndParagraph) {
     EXPECT_EQ(view.selectedRange(), (Range{0, view.length()}));
 }
 
+TEST(QuodTextView, WideningInsideALeadingSurrogatePairStartsAtTheText) {
+    QuodTextView view(u"\U0001F600<br>\n\U0001F600x");
+    using enum SelectionGranularity;
+    EXPECT_EQ(view.selectionRangeForProposedRange({1, 0}, selectByCharacter), (Range{0, 0}));
+    EXPECT_EQ(view.selectionRangeForProposedRange({1, 1}, selectByCharacter), (Range{0, 2}));
+    EXPECT_EQ(view.selectionRangeForProposedRange({1, 0}, selectByWord), (Range{0, 2}));
+    EXPECT_EQ(view.selectionRangeForProposedRange({8, 0}, selectByWord), (Range{7, 2}));
+}
+
 TEST(QuodTextView, AlertsAreSignalled) {
     QuodTextView view;
     int alerts = 0;
