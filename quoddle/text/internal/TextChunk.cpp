@@ -1,6 +1,7 @@
 #include "quoddle/text/internal/TextChunk.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "quoddle/base/Precondition.h"
@@ -18,29 +19,22 @@ int64_t patchLimit(int64_t length) {
 
 // The offsets behind each terminator of units[0, n), where a final CR ends a line (the next
 // chunk never starts with the LF of its pair).
-template <typename Unit>
-void appendLineEnds(const Unit* units, int64_t n, std::vector<uint16_t>& ends) {
-    constexpr uint64_t ones = 0x0101010101010101ULL;
-    constexpr uint64_t highs = 0x8080808080808080ULL;
+void appendLineEnds(const char16_t* units, int64_t n, std::vector<uint16_t>& ends) {
     for (int64_t i = 0; i < n; ++i) {
-        if constexpr (sizeof(Unit) == 1) {
-            // Skips eight bytes at a time while none is below 0x0E or is 0x85 (NEL).
-            while (i + 8 <= n) {
-                uint64_t word;
-                std::memcpy(&word, units + i, 8);
-                const uint64_t nel = word ^ (0x85 * ones);
-                const bool maybe = (((word - 0x0E * ones) & ~word) | ((nel - ones) & ~nel)) & highs;
-                if (maybe) break;
-                i += 8;
-            }
-            if (i >= n) break;
-        }
-        const auto unit = static_cast<char16_t>(units[i]);
+        const char16_t unit = units[i];
         if (unit > u'\r' && unit != 0x85 && unit != 0x2028 && unit != 0x2029) continue;
         if (!isLineTerminator(unit)) continue;
         if (unit == u'\r' && i + 1 < n && units[i + 1] == u'\n') continue;
         ends.push_back(static_cast<uint16_t>(i + 1));
     }
+}
+
+// Eight bytes in memory order, the first in the lowest byte whatever the machine's byte order.
+uint64_t loadBytes(const uint8_t* bytes) {
+    uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+    return word;
 }
 
 // The byte the one-byte form keeps for a unit; a patched unit keeps 0, so that scans of the bytes
@@ -73,6 +67,10 @@ TextChunk::TextChunk(std::u16string_view units) {
 
 std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes) {
     QUOD_PRECONDITION(std::ssize(bytes) <= capacityLimit, "a chunk holds at most 65535 units");
+    // Line ends are gathered here and copied once, so that each chunk's list is allocated once
+    // at its size.
+    thread_local std::vector<uint16_t> ends;
+    ends.clear();
     TextChunk chunk;
     chunk.narrow_.resize(bytes.size());
     const auto* in = reinterpret_cast<const uint8_t*>(bytes.data());
@@ -80,13 +78,27 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
     const std::size_t n = bytes.size();
     std::size_t read = 0;
     std::size_t written = 0;
+    // The ASCII byte in[at], decoded to unit out[unit], may end a line; a CR followed by its LF
+    // does not (the chunk never ends between the two).
+    const auto noteTerminator = [&](std::size_t at, std::size_t unit) {
+        if (in[at] == '\n' || (in[at] == '\r' && (at + 1 == n || in[at + 1] != '\n')))
+            ends.push_back(static_cast<uint16_t>(unit + 1));
+    };
+    constexpr uint64_t ones = 0x0101010101010101ULL;
+    constexpr uint64_t highs = 0x8080808080808080ULL;
     while (read < n) {
-        // Eight ASCII bytes at a time: the common case.
+        // Eight ASCII bytes at a time: the common case, copied as they are. Only bytes below 0x0E
+        // can end a line there: adding 0x72 to an ASCII byte sets its bit 7 exactly when it is
+        // 0x0E or above, and never carries into the next byte.
         if (read + 8 <= n) {
-            uint64_t word;
-            std::memcpy(&word, in + read, 8);
-            if ((word & 0x8080808080808080ULL) == 0) {
-                std::memcpy(out + written, &word, 8);
+            const uint64_t word = loadBytes(in + read);
+            if ((word & highs) == 0) {
+                std::memcpy(out + written, in + read, 8);
+                for (uint64_t controls = ~(word + 0x72 * ones) & highs; controls != 0;
+                     controls &= controls - 1) {
+                    const auto k = static_cast<std::size_t>(std::countr_zero(controls) / 8);
+                    noteTerminator(read + k, written + k);
+                }
                 read += 8;
                 written += 8;
                 continue;
@@ -94,6 +106,7 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
         }
         const uint8_t byte = in[read];
         if (byte < 0x80) {
+            noteTerminator(read, written);
             out[written++] = byte;
             ++read;
             continue;
@@ -110,6 +123,9 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
             code = (code << 6) | (next & 0x3F);
         }
         read += static_cast<std::size_t>(lead.length);
+        // NEL, LS and PS end lines too; patched units keep the byte 0, which ends none.
+        if (code == 0x85 || code == 0x2028 || code == 0x2029)
+            ends.push_back(static_cast<uint16_t>(written + 1));
         const auto patch = [&](char16_t unit) {
             chunk.patches_.push_back({static_cast<uint16_t>(written), unit});
             out[written++] = byteFor(unit);
@@ -125,15 +141,7 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
     }
     if (std::ssize(chunk.patches_) > patchLimit(static_cast<int64_t>(written))) return std::nullopt;
     chunk.narrow_.resize(written);
-    appendLineEnds(out, static_cast<int64_t>(written), chunk.lineEnds_);
-    // Patched units keep the byte 0, so the scan passed over U+2028 and U+2029: add their ends.
-    const auto scanned = std::ssize(chunk.lineEnds_);
-    for (const Patch& p : chunk.patches_) {
-        if (p.unit == 0x2028 || p.unit == 0x2029) chunk.lineEnds_.push_back(p.offset + 1);
-    }
-    if (std::ssize(chunk.lineEnds_) > scanned)
-        std::sort(chunk.lineEnds_.begin(), chunk.lineEnds_.end());
-    chunk.lineEnds_.shrink_to_fit();
+    chunk.lineEnds_.assign(ends.begin(), ends.end());
     return chunk;
 }
 
