@@ -1,4 +1,5 @@
-// The three line-ending conventions a document can be saved with, and whole-text rewrites of them.
+// The three line-ending conventions a document can be saved with, and rewrites of them: of a whole
+// text, or of one that arrives in pieces (LineEndingConverter).
 //
 // A line ending here is CR LF (one ending of two units), a lone CR or a lone LF; NEL (U+0085), LINE
 // SEPARATOR and PARAGRAPH SEPARATOR are left alone by every function below. Each rewrite behaves
@@ -71,3 +72,39 @@ namespace quod::Text {
 [[nodiscard]] QUODDLE_EXPORT std::u16string removeLineEndings(std::u16string_view in);
 
 }  // namespace quod::Text
+
+namespace quod {
+
+// The rewrites above for a text that arrives in pieces (a large file read window by window), with
+// the result of rewriting the whole at once: only a CR that ends a piece is held back until the
+// next piece tells whether an LF follows it. The pieces are UTF-16 text, or UTF-8 bytes (in which
+// a CR or LF byte is always that character), one kind for the whole text.
+//
+//   auto converter = LineEndingConverter::converting(LineEnding::windows);
+//   for (std::string_view window : windows) { out.clear(); converter.convert(window, out); ... }
+//   out.clear(); converter.finish(out); ...
+class QUODDLE_EXPORT LineEndingConverter {
+  public:
+    // Text::convert.
+    [[nodiscard]] static LineEndingConverter converting(LineEnding to);
+    // Text::replaceLineEndingCharacters.
+    [[nodiscard]] static LineEndingConverter showingCharacters();
+    // Text::removeLineEndings.
+    [[nodiscard]] static LineEndingConverter removing();
+
+    // Appends the piece, rewritten, to `out`; a CR that ends it waits for the next piece.
+    void convert(std::u16string_view piece, std::u16string& out);
+    void convert(std::string_view utf8Piece, std::string& out);
+    // Appends what the end of the text settles: a CR held back is a lone CR.
+    void finish(std::u16string& out);
+    void finish(std::string& out);
+
+  private:
+    enum class Rewrite : uint8_t { toUnix, toWindows, toMacOS9, showing, removing };
+    explicit LineEndingConverter(Rewrite rewrite) : rewrite_(rewrite) {}
+
+    Rewrite rewrite_;
+    bool heldCr_ = false;
+};
+
+}  // namespace quod

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <random>
 #include <vector>
 
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/LineEnding.h"
 
 namespace quod {
@@ -61,6 +63,53 @@ TEST(LineEnding, RewritesMixedEndings) {
     EXPECT_EQ(Text::replaceLineEndingCharacters(u"a\r\nb"), u"a¶¶b");
     EXPECT_EQ(Text::replaceLineEndingCharacters(u"a\nb"), u"a¶b");
     EXPECT_EQ(Text::removeLineEndings(u"one\r\ntwo\rthree\nfour\u2028"), u"onetwothreefour\u2028");
+}
+
+// A text fed in pieces, cut anywhere (between a CR and its LF, into empty pieces), comes out as
+// the whole text rewritten at once, in UTF-16 and in UTF-8.
+TEST(LineEnding, ConvertingInPiecesAgreesWithTheWholeText) {
+    const std::pair<std::function<LineEndingConverter()>,
+                    std::function<u16string(const u16string&)>>
+        rewrites[] = {{[] { return LineEndingConverter::converting(LineEnding::unix); },
+                       [](auto& s) { return Text::convert(s, LineEnding::unix); }},
+                      {[] { return LineEndingConverter::converting(LineEnding::windows); },
+                       [](auto& s) { return Text::convert(s, LineEnding::windows); }},
+                      {[] { return LineEndingConverter::converting(LineEnding::macOS9); },
+                       [](auto& s) { return Text::convert(s, LineEnding::macOS9); }},
+                      {LineEndingConverter::showingCharacters, Text::replaceLineEndingCharacters},
+                      {LineEndingConverter::removing, Text::removeLineEndings}};
+    const u16string alphabet[] = {u"a", u"\r", u"\n", u"\r\n", u"\u00E9", u"\u2028", u"\U0001F600"};
+    std::mt19937 random(7);
+    for (int round = 0; round < 2000; ++round) {
+        u16string text;
+        for (auto pieces = random() % 30; pieces > 0; --pieces)
+            text += alphabet[random() % std::size(alphabet)];
+        const std::string utf8 = toUtf8(text);
+        std::vector<std::size_t> cuts16{0, text.size()}, cuts8{0, utf8.size()};
+        for (int k = 0; k < 4; ++k) {
+            cuts16.push_back(random() % (text.size() + 1));
+            cuts8.push_back(random() % (utf8.size() + 1));
+        }
+        std::sort(cuts16.begin(), cuts16.end());
+        std::sort(cuts8.begin(), cuts8.end());
+        for (const auto& [make, whole] : rewrites) {
+            LineEndingConverter units = make();
+            u16string out16;
+            for (std::size_t k = 0; k + 1 < cuts16.size(); ++k)
+                units.convert(
+                    std::u16string_view(text).substr(cuts16[k], cuts16[k + 1] - cuts16[k]), out16);
+            units.finish(out16);
+            ASSERT_EQ(out16, whole(text)) << testing::PrintToString(text);
+
+            LineEndingConverter bytes = make();
+            std::string out8;
+            for (std::size_t k = 0; k + 1 < cuts8.size(); ++k)
+                bytes.convert(std::string_view(utf8).substr(cuts8[k], cuts8[k + 1] - cuts8[k]),
+                              out8);
+            bytes.finish(out8);
+            ASSERT_EQ(out8, toUtf8(whole(text))) << testing::PrintToString(text);
+        }
+    }
 }
 
 TEST(LineEnding, OnlyTheRawValuesOfEndingsAreEndings) {
