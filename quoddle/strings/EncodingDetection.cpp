@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/EncodingConversion.h"
 #include "quoddle/strings/EncodingStatistics.h"
 #include "quoddle/strings/IanaCharsetNames.h"
@@ -65,7 +66,9 @@ struct Keywords {
 // can end one, so the scan looks for those pairs sixteen bytes at a time and matches the rest of
 // the keyword backwards from each pair it finds. Occurrences of one keyword cannot overlap, so the
 // first "=" that completes it ends its first occurrence.
-Keywords findKeywords(std::string_view text) {
+// Only "=" at `firstEquals` or later count, so that a scan over pieces can look again at the last
+// bytes of one piece in front of the next without finding a keyword twice.
+Keywords findKeywords(std::string_view text, std::size_t firstEquals = 1) {
     Keywords found;
     // Whether the "=" at `equals` ends a keyword; true when the scan can stop.
     const auto visit = [&](std::size_t equals) {
@@ -81,7 +84,7 @@ Keywords findKeywords(std::string_view text) {
     };
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const std::size_t size = text.size();
-    std::size_t i = 1;  // the position of the "=", which needs a letter before it
+    std::size_t i = std::max<std::size_t>(firstEquals, 1);  // "=" needs a letter before it
 #if defined(__SSE2__)
     const __m128i equalsSign = _mm_set1_epi8('=');
     const __m128i t = _mm_set1_epi8('t');
@@ -151,9 +154,9 @@ std::optional<std::string_view> xmlEncodingValue(std::string_view text, std::siz
 // description with the hex digits of a byte-order mark. That description used to list the bytes in
 // hex; today it is the byte count and the word "bytes" ("3 bytes"), so no comparison can succeed
 // and the step answers 0. Applications rely on that answer, so the step stays as it is.
-EncodingNumber byteOrderMarkStage(std::span<const std::uint8_t> bytes) {
-    if (bytes.size() <= 2) return Encodings::none;
-    const std::string description = std::to_string(bytes.size()) + " bytes";
+EncodingNumber byteOrderMarkStage(std::uint64_t size) {
+    if (size <= 2) return Encodings::none;
+    const std::string description = std::to_string(size) + " bytes";
     if (description.substr(1, 6) == "efbbbf") return Encodings::utf8;
     const std::string digits = description.substr(1, 4);
     if (digits == "feff" || digits == "fffe") return Encodings::unicode;
@@ -464,6 +467,87 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
     return plain ? found : std::nullopt;
 }
 
+// The guess for well-formed text of at least the shortest length, from what follows the first
+// "charset=" and the first "encoding=" (to the end of the text, or far enough to hold the value's
+// end). A "charset=" that was found leaves at least its own 8 units, so the text cannot end inside
+// the keyword: the declaration decides, even when it turns out to be empty.
+EncodingNumber declaredEncoding(std::optional<std::string_view> afterCharset,
+                                std::optional<std::string_view> afterEncoding, std::uint64_t size) {
+    if (afterCharset) {
+        if (const auto name = charsetValue(*afterCharset, 0)) {
+            return encodingForIanaCharsetName(*name);
+        }
+        return byteOrderMarkStage(size);
+    }
+    if (afterEncoding) {
+        if (const auto name = xmlEncodingValue(*afterEncoding, 0)) {
+            return encodingForIanaCharsetName(*name);
+        }
+    }
+    return byteOrderMarkStage(size);
+}
+
+// The bytes after a declaration's keyword as they arrive, kept until they hold the value's end.
+class DeclaredValue {
+  public:
+    // Values longer than this cannot be told from the first bytes; only the whole text can.
+    static constexpr std::size_t longest = 1024;
+
+    // `endsAt(bytes)`: the length of the value with its end, once `bytes` hold it.
+    explicit DeclaredValue(std::optional<std::size_t> (*endsAt)(std::string_view))
+        : endsAt_(endsAt) {}
+
+    void begin() { found_ = true; }
+    void take(std::span<const std::uint8_t> bytes) {
+        if (!found_ || complete_ || tooLong_) return;
+        const std::size_t room = longest - std::min(longest, bytes_.size());
+        bytes_.append(reinterpret_cast<const char*>(bytes.data()), std::min(room, bytes.size()));
+        if (const auto end = endsAt_(bytes_)) {
+            bytes_.resize(*end);
+            complete_ = true;
+        } else if (bytes_.size() >= longest) {
+            tooLong_ = true;
+            bytes_.clear();
+        }
+    }
+
+    [[nodiscard]] bool found() const { return found_; }
+    [[nodiscard]] bool tooLong() const { return tooLong_; }
+    // What follows the keyword: up to the value's end, or up to the end of the text.
+    [[nodiscard]] std::optional<std::string_view> after() const {
+        if (!found_) return std::nullopt;
+        return std::string_view(bytes_);
+    }
+
+  private:
+    std::optional<std::size_t> (*endsAt_)(std::string_view);
+    std::string bytes_;
+    bool found_ = false;
+    bool complete_ = false;
+    bool tooLong_ = false;
+};
+
+// A "charset=" value ends at its first delimiter, after one opening double quote.
+std::optional<std::size_t> charsetValueEnd(std::string_view bytes) {
+    const std::size_t start = !bytes.empty() && bytes.front() == '"' ? 1 : 0;
+    for (std::size_t i = start; i < bytes.size(); ++i) {
+        if (endsCharsetValue(bytes[i])) return i + 1;
+    }
+    return std::nullopt;
+}
+
+// An "encoding=" value ends at the first "?>" after the character that follows the "=".
+std::optional<std::size_t> xmlEncodingValueEnd(std::string_view bytes) {
+    if (bytes.empty()) return std::nullopt;
+    const auto lead = static_cast<std::uint8_t>(bytes.front());
+    const std::size_t end = bytes.find("?>", lead >= 0xF0 ? 0 : utf8SequenceLength(lead));
+    if (end == std::string_view::npos) return std::nullopt;
+    return end + 2;
+}
+
+// A keyword with its "=" takes at most this many bytes ("charſet=" with a long s).
+constexpr std::size_t longestKeyword = 9;
+
 }  // namespace
 
 EncodingNumber guessEncoding(std::span<const std::uint8_t> from) {
@@ -473,20 +557,11 @@ EncodingNumber guessEncoding(std::span<const std::uint8_t> from) {
 
     const std::string_view text(reinterpret_cast<const char*>(from.data()), from.size());
     const Keywords keywords = findKeywords(text);
-    // A "charset=" that was found leaves at least its own 8 units, so the text cannot end inside
-    // the keyword: the declaration decides, even when it turns out to be empty.
-    if (keywords.charsetEnd) {
-        if (const auto name = charsetValue(text, *keywords.charsetEnd)) {
-            return encodingForIanaCharsetName(*name);
-        }
-        return byteOrderMarkStage(from);
-    }
-    if (keywords.encodingEnd) {
-        if (const auto name = xmlEncodingValue(text, *keywords.encodingEnd)) {
-            return encodingForIanaCharsetName(*name);
-        }
-    }
-    return byteOrderMarkStage(from);
+    const auto after = [&text](std::optional<std::size_t> end) -> std::optional<std::string_view> {
+        if (!end) return std::nullopt;
+        return text.substr(*end);
+    };
+    return declaredEncoding(after(keywords.charsetEnd), after(keywords.encodingEnd), from.size());
 }
 
 EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
@@ -520,6 +595,130 @@ std::vector<EncodingCandidate> encodingCandidates(std::span<const std::uint8_t> 
         listed.push_back({entry.candidate.encoding, entry.score.costPerCharacter()});
     }
     return listed;
+}
+
+struct EncodingScan::State {
+    std::uint64_t size = 0;
+    std::array<std::uint8_t, 4> head{};  // the first bytes, where a byte-order mark would be
+    std::size_t headSize = 0;
+    bool wellFormed = true;
+    std::uint64_t utf16Length = 0;
+    std::string cutSequence;  // a UTF-8 sequence that the end of the last piece cut off
+    bool hasNul = false;
+    bool hasEscape = false;
+    std::string lastBytes;  // where a keyword cut by the end of the last piece began
+    DeclaredValue charset{charsetValueEnd};
+    DeclaredValue encoding{xmlEncodingValueEnd};
+
+    void checkUtf8(std::span<const std::uint8_t> piece) {
+        if (!cutSequence.empty()) {
+            const auto needed = static_cast<std::size_t>(
+                internal::utf8Lead(static_cast<std::uint8_t>(cutSequence.front())).length);
+            const std::size_t taken = std::min(needed - cutSequence.size(), piece.size());
+            cutSequence.append(reinterpret_cast<const char*>(piece.data()), taken);
+            piece = piece.subspan(taken);
+            if (cutSequence.size() < needed) return;
+            const internal::Utf8Scan joined = internal::scanUtf8(std::span(
+                reinterpret_cast<const std::uint8_t*>(cutSequence.data()), cutSequence.size()));
+            cutSequence.clear();
+            if (!joined.wellFormed) {
+                wellFormed = false;
+                return;
+            }
+            utf16Length += joined.utf16Length;
+        }
+        const internal::Utf8Scan scan = internal::scanUtf8(piece);
+        utf16Length += scan.utf16Length;
+        if (scan.wellFormed) return;
+        // A sequence that only the end of the piece cuts off waits for the next piece.
+        const std::size_t at = scan.wellFormedBytes;
+        const int length = internal::utf8Lead(piece[at]).length;
+        if (length != 0 && at + static_cast<std::size_t>(length) > piece.size()) {
+            cutSequence.assign(reinterpret_cast<const char*>(piece.data() + at), piece.size() - at);
+        } else {
+            wellFormed = false;
+        }
+    }
+
+    // Where each keyword was first found, from the bytes before the piece and the piece. A keyword
+    // ending in the piece's first bytes may have begun in the last piece; one ending further in
+    // lies in this one.
+    void findKeywordsIn(std::span<const std::uint8_t> piece) {
+        const std::string_view bytes(reinterpret_cast<const char*>(piece.data()), piece.size());
+        const std::size_t seamLength = std::min(bytes.size(), longestKeyword);
+        const std::string seam = lastBytes + std::string(bytes.substr(0, seamLength));
+        const auto note = [&](const Keywords& found, std::size_t offsetInPiece) {
+            if (found.encodingEnd && !encoding.found()) {
+                encoding.begin();
+                encoding.take(piece.subspan(*found.encodingEnd - offsetInPiece));
+            }
+            if (found.charsetEnd) {
+                charset.begin();
+                charset.take(piece.subspan(*found.charsetEnd - offsetInPiece));
+            }
+            return found.charsetEnd.has_value();
+        };
+        // In the seam, offsets count from lastBytes' start: the piece starts at lastBytes.size().
+        const std::size_t seamShift = lastBytes.size();
+        if (!note(findKeywords(seam, seamShift), seamShift) && bytes.size() > seamLength) {
+            note(findKeywords(bytes, seamLength), 0);
+        }
+        const std::string tail = lastBytes + std::string(bytes.substr(bytes.size() - seamLength));
+        lastBytes = tail.substr(tail.size() - std::min(tail.size(), longestKeyword - 1));
+    }
+};
+
+EncodingScan::EncodingScan() : state_(std::make_unique<State>()) {}
+EncodingScan::EncodingScan(EncodingScan&&) noexcept = default;
+EncodingScan& EncodingScan::operator=(EncodingScan&&) noexcept = default;
+EncodingScan::~EncodingScan() = default;
+
+void EncodingScan::append(std::span<const std::uint8_t> piece) {
+    State& state = *state_;
+    if (piece.empty()) return;
+    for (std::size_t i = 0; state.headSize < state.head.size() && i < piece.size(); ++i)
+        state.head[state.headSize++] = piece[i];
+    state.size += piece.size();
+    state.hasNul = state.hasNul || std::memchr(piece.data(), 0, piece.size()) != nullptr;
+    state.hasEscape = state.hasEscape || std::memchr(piece.data(), 0x1B, piece.size()) != nullptr;
+    // The guess only ever reads well-formed text.
+    if (!state.wellFormed) return;
+    state.checkUtf8(piece);
+    // Values whose keyword came in an earlier piece go on before this piece's keywords are found.
+    state.charset.take(piece);
+    state.encoding.take(piece);
+    if (!state.charset.found()) state.findKeywordsIn(piece);
+}
+
+bool EncodingScan::isWellFormedUtf8() const {
+    return state_->wellFormed && state_->cutSequence.empty();
+}
+
+std::uint64_t EncodingScan::size() const {
+    return state_->size;
+}
+
+std::optional<EncodingNumber> EncodingScan::guessedEncoding() const {
+    const State& state = *state_;
+    if (!isWellFormedUtf8() || state.utf16Length < shortestText) return Encodings::none;
+    if (state.charset.tooLong() || (!state.charset.found() && state.encoding.tooLong())) {
+        return std::nullopt;
+    }
+    return declaredEncoding(state.charset.after(), state.encoding.after(), state.size);
+}
+
+std::optional<EncodingNumber> EncodingScan::detectedEncoding() const {
+    const State& state = *state_;
+    if (state.size == 0) return Encodings::none;
+    if (const auto marked = encodingOfByteOrderMark(std::span(state.head).first(state.headSize))) {
+        return *marked;
+    }
+    if (isWellFormedUtf8() && !state.hasNul) {
+        // Seven-bit text with escapes may be ISO-2022, which only decoding all of it can tell.
+        if (state.hasEscape) return std::nullopt;
+        return Encodings::utf8;
+    }
+    return std::nullopt;
 }
 
 }  // namespace quod::Text

@@ -54,6 +54,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -73,5 +75,31 @@ struct EncodingCandidate {
 
 [[nodiscard]] QUODDLE_EXPORT std::vector<EncodingCandidate> encodingCandidates(
     std::span<const std::uint8_t> from);
+
+// guessEncoding and detectEncoding for bytes that arrive in pieces, for a host that reads a large
+// file window by window and must not hold it whole. Feed every piece in order, then ask: each
+// answer is the function's answer on all the bytes, when the pieces could settle it, and no value
+// when only all the bytes at once can (detection that needs the statistics or the decoding of the
+// whole text, such as ISO-2022 text; a declared name that runs on for more than a kilobyte).
+// A scan keeps a few kilobytes at most, whatever the size of the input.
+class QUODDLE_EXPORT EncodingScan {
+  public:
+    EncodingScan();
+    EncodingScan(EncodingScan&&) noexcept;
+    EncodingScan& operator=(EncodingScan&&) noexcept;
+    ~EncodingScan();
+
+    void append(std::span<const std::uint8_t> piece);
+
+    [[nodiscard]] std::optional<EncodingNumber> guessedEncoding() const;
+    [[nodiscard]] std::optional<EncodingNumber> detectedEncoding() const;
+    // Whether all the bytes so far are well-formed UTF-8 (a sequence cut off at the end is not).
+    [[nodiscard]] bool isWellFormedUtf8() const;
+    [[nodiscard]] std::uint64_t size() const;
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
 
 }  // namespace quod::Text

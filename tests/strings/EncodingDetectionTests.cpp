@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "quoddle/strings/Data.h"
 #include "quoddle/strings/EncodingDetection.h"
@@ -139,6 +142,80 @@ TEST(DetectEncoding, ReadsMarksThenUtf8ThenStatistics) {
     for (const auto& [what, text, expected] : cases) {
         EXPECT_EQ(Text::detectEncoding(bytes(text)), expected) << what;
     }
+}
+
+// Bytes fed in pieces, cut anywhere (inside a keyword, a declared value, a UTF-8 sequence, a mark),
+// get the answers the functions give for all of them; and the pieces settle them whenever no more
+// than a first look is needed.
+TEST(EncodingScan, AnswersAsTheWholeBytesWould) {
+    const std::string_view fragments[] = {"text ",
+                                          "charset=",
+                                          "CHARSET=",
+                                          "chars",
+                                          "et=",
+                                          "char\xC5\xBF"
+                                          "et=",
+                                          "encoding=",
+                                          "<?xml version=\"1.0\" encoding=\"",
+                                          "?>",
+                                          "\"",
+                                          "'",
+                                          " ",
+                                          "/",
+                                          ">",
+                                          "utf-8",
+                                          "iso-8859-1",
+                                          "windows-1252",
+                                          "x-nonsense",
+                                          "UTF-16",
+                                          "\xC3\xA9",
+                                          "\xE2\x82\xAC",
+                                          "\xF0\x9F\x98\x80",
+                                          "\xC3",
+                                          "\xFF",
+                                          std::string_view("\0", 1),
+                                          "\x1B$B",
+                                          "\n"};
+    const std::string_view marks[] = {"",         "",         "\xEF\xBB\xBF",
+                                      "\xFF\xFE", "\xFE\xFF", "\xFF\xFE\0\0"};
+    std::mt19937 random(11);
+    int settledDetections = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string text(marks[random() % std::size(marks)]);
+        for (auto count = random() % 12; count > 0; --count)
+            text += fragments[random() % std::size(fragments)];
+        std::vector<std::size_t> cuts{0, text.size()};
+        for (auto count = random() % 5; count > 0; --count)
+            cuts.push_back(random() % (text.size() + 1));
+        std::sort(cuts.begin(), cuts.end());
+        Text::EncodingScan scan;
+        for (std::size_t k = 0; k + 1 < cuts.size(); ++k) {
+            scan.append(std::span(reinterpret_cast<const std::uint8_t*>(text.data()) + cuts[k],
+                                  cuts[k + 1] - cuts[k]));
+        }
+        const Data all = bytes(text);
+        SCOPED_TRACE(testing::PrintToString(text));
+        ASSERT_EQ(scan.size(), text.size());
+        // Declared values here are short, so the guess is always settled.
+        ASSERT_EQ(scan.guessedEncoding(), Text::guessEncoding(all));
+        const bool plainUtf8 = scan.isWellFormedUtf8() && text.find('\0') == std::string::npos &&
+                               text.find('\x1B') == std::string::npos;
+        if (const auto detected = scan.detectedEncoding()) {
+            ASSERT_EQ(*detected, Text::detectEncoding(all));
+            ++settledDetections;
+        } else {
+            ASSERT_FALSE(plainUtf8) << "plain UTF-8 is settled by a first look";
+        }
+    }
+    EXPECT_GT(settledDetections, 5000);
+}
+
+TEST(EncodingScan, LeavesALongDeclaredValueToTheWholeBytes) {
+    const std::string text = "<meta charset=" + std::string(5000, 'x') + ">";
+    Text::EncodingScan scan;
+    scan.append(bytes(text));
+    EXPECT_EQ(scan.guessedEncoding(), std::nullopt);
+    EXPECT_EQ(scan.detectedEncoding(), Encodings::utf8);
 }
 
 }  // namespace
