@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -22,6 +23,16 @@ std::nullopt_t fail(std::error_code* error, int number) {
 }  // namespace
 
 std::optional<FileBytes> FileBytes::read(const std::string& path, std::error_code* error) {
+    // Read whole, the pages are best brought in at once: one fault per page costs more.
+    return open(path, MAP_POPULATE, error);
+}
+
+std::optional<FileBytes> FileBytes::readInWindows(const std::string& path, std::error_code* error) {
+    return open(path, 0, error);
+}
+
+std::optional<FileBytes> FileBytes::open(const std::string& path, int mapFlags,
+                                         std::error_code* error) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.valid()) return fail(error, errno);
     struct stat status {};
@@ -29,7 +40,7 @@ std::optional<FileBytes> FileBytes::read(const std::string& path, std::error_cod
     if (S_ISDIR(status.st_mode)) return fail(error, EISDIR);
     if (S_ISREG(status.st_mode) && status.st_size > 0) {
         const auto size = static_cast<std::size_t>(status.st_size);
-        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, file.get(), 0);
+        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | mapFlags, file.get(), 0);
         if (mapping != MAP_FAILED) {
             ::madvise(mapping, size, MADV_SEQUENTIAL);
             FileBytes bytes;
@@ -78,6 +89,18 @@ void FileBytes::unmap() noexcept {
     if (mapping_ != nullptr) ::munmap(mapping_, mappedSize_);
     mapping_ = nullptr;
     mappedSize_ = 0;
+}
+
+void FileBytes::release(std::size_t offset, std::size_t length) const noexcept {
+    if (mapping_ == nullptr || offset >= mappedSize_) return;
+    // Only whole pages can go: round the start up and the end down to page borders.
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t end = std::min(mappedSize_, offset + std::min(length, mappedSize_ - offset));
+    const std::size_t first = (offset + page - 1) / page * page;
+    const std::size_t last = end == mappedSize_ ? end : end / page * page;
+    // The mapping is private and never written, so its pages hold nothing but the file's bytes
+    // and dropping them loses nothing: a later read brings them back from the file.
+    if (last > first) ::madvise(static_cast<char*>(mapping_) + first, last - first, MADV_DONTNEED);
 }
 
 std::span<const std::uint8_t> FileBytes::bytes() const {

@@ -30,6 +30,12 @@ class QUODDLE_EXPORT FileBytes {
   public:
     [[nodiscard]] static std::optional<FileBytes> read(const std::string& path,
                                                        std::error_code* error = nullptr);
+    // As read, for a caller that goes through a large file front to back in windows: a mapped
+    // file's pages come in only as they are read, and `release` lets them go again, so that only
+    // about one window stays in memory however large the file is. Anything that cannot be mapped
+    // is read whole, as by read.
+    [[nodiscard]] static std::optional<FileBytes> readInWindows(const std::string& path,
+                                                                std::error_code* error = nullptr);
     // Reads what an open descriptor delivers up to its end; the descriptor stays open.
     [[nodiscard]] static std::optional<FileBytes> readDescriptor(int descriptor,
                                                                  std::error_code* error = nullptr);
@@ -41,9 +47,15 @@ class QUODDLE_EXPORT FileBytes {
     ~FileBytes();
 
     [[nodiscard]] std::span<const std::uint8_t> bytes() const;
+    // Lets the memory behind bytes()[offset, offset + length) go, where the bytes are a mapping
+    // (the whole pages inside that range); reading them again brings them back from the file.
+    // Bytes that were read into memory stay.
+    void release(std::size_t offset, std::size_t length) const noexcept;
 
   private:
     FileBytes() = default;
+    [[nodiscard]] static std::optional<FileBytes> open(const std::string& path, int mapFlags,
+                                                       std::error_code* error);
     void unmap() noexcept;
 
     void* mapping_ = nullptr;

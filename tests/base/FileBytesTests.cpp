@@ -1,7 +1,9 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -40,6 +42,48 @@ TEST_F(FileBytesTests, ReadsFilesWholeAndKeepsTheBytesAcrossMoves) {
     auto empty = FileBytes::read(write("empty", ""));
     ASSERT_TRUE(empty);
     EXPECT_TRUE(empty->bytes().empty());
+}
+
+// Pages of the process's memory that are in RAM, from the kernel's own count.
+long residentPages() {
+    long size = 0, resident = 0;
+    FILE* statm = std::fopen("/proc/self/statm", "r");
+    if (statm == nullptr) return -1;
+    const int read = std::fscanf(statm, "%ld %ld", &size, &resident);
+    std::fclose(statm);
+    return read == 2 ? resident : -1;
+}
+
+TEST_F(FileBytesTests, AFileReadInWindowsLetsReadPagesGoAndBringsThemBack) {
+    std::string contents(16 << 20, '\0');
+    for (std::size_t i = 0; i < contents.size(); ++i)
+        contents[i] = static_cast<char>('a' + i % 23);
+    const std::string path = write("large", contents);
+    auto file = FileBytes::readInWindows(path);
+    ASSERT_TRUE(file);
+    const auto bytes = file->bytes();
+    ASSERT_EQ(bytes.size(), contents.size());
+    const long before = residentPages();
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < bytes.size(); i += 4096)
+        sum += bytes[i];
+    const long touched = residentPages();
+    file->release(0, bytes.size());
+    const long released = residentPages();
+    const long pages = static_cast<long>(contents.size() / 4096);
+    EXPECT_GT(touched - before, pages * 3 / 4);
+    EXPECT_GT(touched - released, pages * 3 / 4);
+    // Read again, the bytes are the file's, at every offset, a released window's edges included.
+    EXPECT_EQ(text(bytes), contents);
+    EXPECT_NE(sum, 0u);
+
+    // Bytes that were read into memory rather than mapped stay, whatever is released.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    auto piped = FileBytes::readDescriptor(descriptor);
+    ::close(descriptor);
+    ASSERT_TRUE(piped);
+    piped->release(0, piped->bytes().size());
+    EXPECT_EQ(text(piped->bytes()), contents);
 }
 
 TEST_F(FileBytesTests, ReadsWhatAPipeDelivers) {
