@@ -698,6 +698,10 @@ std::uint64_t EncodingScan::size() const {
     return state_->size;
 }
 
+std::span<const std::uint8_t> EncodingScan::firstBytes() const {
+    return std::span(state_->head).first(state_->headSize);
+}
+
 std::optional<EncodingNumber> EncodingScan::guessedEncoding() const {
     const State& state = *state_;
     if (!isWellFormedUtf8() || state.utf16Length < shortestText) return Encodings::none;
@@ -710,7 +714,7 @@ std::optional<EncodingNumber> EncodingScan::guessedEncoding() const {
 std::optional<EncodingNumber> EncodingScan::detectedEncoding() const {
     const State& state = *state_;
     if (state.size == 0) return Encodings::none;
-    if (const auto marked = encodingOfByteOrderMark(std::span(state.head).first(state.headSize))) {
+    if (const auto marked = encodingOfByteOrderMark(firstBytes())) {
         return *marked;
     }
     if (isWellFormedUtf8() && !state.hasNul) {

@@ -96,6 +96,8 @@ class QUODDLE_EXPORT EncodingScan {
     // Whether all the bytes so far are well-formed UTF-8 (a sequence cut off at the end is not).
     [[nodiscard]] bool isWellFormedUtf8() const;
     [[nodiscard]] std::uint64_t size() const;
+    // The first four bytes, or all of fewer: where a byte-order mark would be.
+    [[nodiscard]] std::span<const std::uint8_t> firstBytes() const;
 
   private:
     struct State;

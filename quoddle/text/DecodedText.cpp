@@ -84,6 +84,29 @@ std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes,
     return decodeDocument(bytes);
 }
 
+std::optional<DocumentEncoding> settledUtf8Encoding(const Text::EncodingScan& scan) {
+    if (scan.size() == 0) return DocumentEncoding{};
+    // The choices decodeDocument makes, in its order, as far as the scan can tell them.
+    const auto utf8 = [&scan]() -> std::optional<DocumentEncoding> {
+        // A mark is only known to be followed by well-formed text when all of it is.
+        if (!scan.isWellFormedUtf8()) return std::nullopt;
+        const auto mark = byteOrderMarkOf(Encodings::utf8);
+        const auto first = scan.firstBytes();
+        DocumentEncoding chosen;
+        if (first.size() >= mark.size() && std::equal(mark.begin(), mark.end(), first.begin()))
+            chosen.byteOrderMark.assign(mark.begin(), mark.end());
+        return chosen;
+    };
+    const auto declared = scan.guessedEncoding();
+    if (!declared) return std::nullopt;
+    if (*declared == Encodings::utf8) return utf8();
+    // Whether the bytes decode in another declared encoding takes decoding all of them.
+    if (*declared != Encodings::none && isConvertible(*declared)) return std::nullopt;
+    const auto detected = scan.detectedEncoding();
+    if (!detected || *detected != Encodings::utf8 || *detected == *declared) return std::nullopt;
+    return utf8();
+}
+
 bool writeDocument(const TextStorage& text, EncodingNumber encoding,
                    std::span<const std::uint8_t> byteOrderMark, const ByteSink& write) {
     if (encoding != Encodings::utf8) {

@@ -27,6 +27,7 @@
 
 #include "quoddle/Export.h"
 #include "quoddle/strings/Data.h"
+#include "quoddle/strings/EncodingDetection.h"
 #include "quoddle/strings/StringEncoding.h"
 #include "quoddle/text/TextStorage.h"
 
@@ -45,6 +46,20 @@ struct DecodedText {
 // `Encodings::none` as `preferred` is the plain `decodeDocument`.
 [[nodiscard]] QUODDLE_EXPORT std::optional<DecodedText> decodeDocument(
     std::span<const std::uint8_t> bytes, EncodingNumber preferred);
+
+// How decodeDocument reads a document's bytes.
+struct DocumentEncoding {
+    EncodingNumber encoding = Encodings::utf8;
+    Data byteOrderMark;
+};
+
+// For a host that reads a large document in windows (FileBytes::readInWindows) and has run all of
+// it through a Text::EncodingScan: how decodeDocument would read the bytes, when the scan settles
+// that and the answer is UTF-8, whose windows decode on their own once cut at a character's
+// start. No value otherwise: read the whole bytes with decodeDocument then, which also says when
+// they cannot be read at all.
+[[nodiscard]] QUODDLE_EXPORT std::optional<DocumentEncoding> settledUtf8Encoding(
+    const Text::EncodingScan& scan);
 
 using ByteSink = std::function<void(std::span<const std::uint8_t>)>;
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,49 @@ TEST(DecodedText, LargeUtf8TextGoesOutInPiecesWithoutSplittingAPair) {
     EXPECT_TRUE(result.encodable);
     EXPECT_GT(result.pieces, 2);
     EXPECT_EQ(result.bytes, toUtf8(text));
+}
+
+// Whenever a scan of the bytes settles on UTF-8, decodeDocument reads them as UTF-8 with the same
+// mark; and plain UTF-8 is always settled.
+TEST(DecodedText, AScanSettlesUtf8AsDecodingTheWholeWould) {
+    const std::string_view fragments[] = {"some text ",
+                                          "charset=utf-8\"",
+                                          "charset=iso-8859-1 ",
+                                          "charset=x-none>",
+                                          "<?xml encoding=\"UTF-8\"?>",
+                                          "<?xml encoding='utf-16'?>",
+                                          "\xC3\xA9",
+                                          "\xFF",
+                                          "\xE2\x82",
+                                          std::string_view("\0", 1),
+                                          "\x1B$B",
+                                          "\n"};
+    const std::string_view marks[] = {"", "", "\xEF\xBB\xBF", "\xFF\xFE"};
+    std::mt19937 random(5);
+    int settled = 0;
+    for (int round = 0; round < 5000; ++round) {
+        std::string text(marks[random() % std::size(marks)]);
+        for (auto count = random() % 8; count > 0; --count)
+            text += fragments[random() % std::size(fragments)];
+        Text::EncodingScan scan;
+        const std::size_t cut = random() % (text.size() + 1);
+        scan.append(bytesOf(text).first(cut));
+        scan.append(bytesOf(text).subspan(cut));
+        const auto whole = decodeDocument(bytesOf(text));
+        SCOPED_TRACE(testing::PrintToString(text));
+        if (const auto chosen = settledUtf8Encoding(scan)) {
+            ++settled;
+            ASSERT_TRUE(whole);
+            EXPECT_EQ(whole->encoding, Encodings::utf8);
+            EXPECT_EQ(whole->byteOrderMark, chosen->byteOrderMark);
+        } else if (whole && whole->encoding == Encodings::utf8 &&
+                   text.find_first_of(std::string_view("\0\x1B", 2)) == std::string::npos &&
+                   text.find("iso-8859-1") == std::string::npos &&
+                   text.find("utf-16") == std::string::npos) {
+            ADD_FAILURE() << "plain UTF-8 was left to the whole bytes";
+        }
+    }
+    EXPECT_GT(settled, 1000);
 }
 
 }  // namespace
