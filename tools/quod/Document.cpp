@@ -29,11 +29,19 @@ void writeAll(int descriptor, std::span<const std::uint8_t> bytes, const std::st
 }  // namespace
 
 InputBytes InputBytes::read(const std::string& path) {
+    return open(path, FileBytes::read);
+}
+
+InputBytes InputBytes::readInWindows(const std::string& path) {
+    return open(path, FileBytes::readInWindows);
+}
+
+InputBytes InputBytes::open(const std::string& path, FileReader readFile) {
     const bool standardInput = path == "-";
     std::string displayName = standardInput ? "standard input" : path;
     std::error_code error;
-    auto file = standardInput ? FileBytes::readDescriptor(STDIN_FILENO, &error)
-                              : FileBytes::read(path, &error);
+    auto file =
+        standardInput ? FileBytes::readDescriptor(STDIN_FILENO, &error) : readFile(path, &error);
     if (!file) failWith(displayName, error);
     return InputBytes(std::move(displayName), std::move(*file));
 }

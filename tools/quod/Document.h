@@ -1,9 +1,9 @@
 // Files in and out of the tool: the framework's document decoding and writing (DecodedText.h)
 // with the tool's way of failing, a Failure that names the file.
 //
-// Output is built whole before a byte is written. Standard output then gets it in one go; an
-// in-place file is replaced whole (FileReplacement.h), so the original stays as it was when
-// anything fails.
+// A result is built whole before a byte is written, or, for the commands that go through a file
+// window by window (Streaming.h), only once nothing but the writing itself can fail. An in-place
+// file is replaced whole (FileReplacement.h), so the original stays as it was when anything fails.
 #pragma once
 
 #include <cstdint>
@@ -23,12 +23,18 @@ class InputBytes {
   public:
     // "-" is standard input. Throws Failure with the system's reason when the file cannot be read.
     [[nodiscard]] static InputBytes read(const std::string& path);
+    // As read, for going through the bytes window by window (FileBytes::readInWindows).
+    [[nodiscard]] static InputBytes readInWindows(const std::string& path);
 
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return file_.bytes(); }
+    // Lets the memory of bytes()[offset, offset + length) go (FileBytes::release).
+    void release(std::size_t offset, std::size_t length) const { file_.release(offset, length); }
     // The name to use in messages: the path, or "standard input".
     [[nodiscard]] const std::string& displayName() const { return displayName_; }
 
   private:
+    using FileReader = std::optional<FileBytes> (*)(const std::string&, std::error_code*);
+    [[nodiscard]] static InputBytes open(const std::string& path, FileReader readFile);
     InputBytes(std::string displayName, FileBytes file)
         : displayName_(std::move(displayName)), file_(std::move(file)) {}
 

@@ -2,8 +2,8 @@
 //
 // The framework answers bad input quietly (no value, false, empty text); the tool turns those
 // answers into a Failure as soon as it meets them, and `main` prints its message as one line on
-// standard error and exits non-zero. Nothing is written before the whole result is ready, so a
-// Failure never leaves half an output behind.
+// standard error and exits non-zero. Nothing is written before the result is sure to be made
+// (Document.h), so a Failure never leaves half an output behind.
 #pragma once
 
 #include <stdexcept>

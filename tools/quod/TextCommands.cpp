@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -10,7 +11,9 @@
 #include "Document.h"
 #include "Failure.h"
 #include "Progress.h"
+#include "Streaming.h"
 #include "quoddle/base/Utf.h"
+#include "quoddle/strings/CaseMapping.h"
 #include "quoddle/strings/LineEnding.h"
 #include "quoddle/strings/StringTransform.h"
 #include "quoddle/text/LineOperations.h"
@@ -38,6 +41,38 @@ struct TextEdit {
     std::function<void(QuodTextView&)> apply = {};
     // Set for commands that report on the text instead of changing it.
     std::function<std::string(const QuodTextView&)> report = {};
+    // Set for commands that can go through a whole file in pieces (Streaming.h), with the
+    // result of `apply` or `report` on the whole text.
+    std::function<std::unique_ptr<PieceRewrite>()> inPieces = {};
+};
+
+// Line endings rewritten in the UTF-8 bytes themselves: a CR or LF byte is always that character.
+class LineEndingPieces : public PieceRewrite {
+  public:
+    explicit LineEndingPieces(LineEndingConverter converter) : converter_(converter) {}
+    Cut cut() const override { return Cut::anywhere; }
+    void rewrite(std::string_view piece, std::string& out) override {
+        converter_.convert(piece, out);
+    }
+    void finish(std::string& out) override { converter_.finish(out); }
+
+  private:
+    LineEndingConverter converter_;
+};
+
+// A rewrite of UTF-16 text that gives the same result line by line as on the whole text: case
+// mapping and XML escaping never look past a line feed.
+class LinePieces : public PieceRewrite {
+  public:
+    explicit LinePieces(std::u16string (*rewrite)(std::u16string_view)) : rewrite_(rewrite) {}
+    Cut cut() const override { return Cut::afterLineFeed; }
+    void rewrite(std::string_view piece, std::string& out) override {
+        out += toUtf8(rewrite_(decodePiece(piece)));
+    }
+    void finish(std::string&) override {}
+
+  private:
+    std::u16string (*rewrite_)(std::u16string_view);
 };
 
 using EditFactory = TextEdit (*)(const ParsedArguments& arguments,
@@ -118,8 +153,16 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
 
     // In place, a read-only file is refused before any work.
     Output output = inPlace ? Output::replacing(path) : Output::standardOutput();
-    const InputBytes input = InputBytes::read(path);
+    const bool inPieces = edit.inPieces && !lines;
+    const InputBytes input = inPieces ? InputBytes::readInWindows(path) : InputBytes::read(path);
     Progress progress(command.name, input.bytes().size());
+    if (inPieces) {
+        const auto rewrite = edit.inPieces();
+        if (runInWindows(input, *rewrite, static_cast<bool>(edit.report), output, progress)) {
+            output.commit();
+            return 0;
+        }
+    }
     progress.stage("decoding");
     DecodedText document = decodeDocument(input.bytes(), input.displayName());
     QuodTextView view(std::move(document.storage));
@@ -152,11 +195,16 @@ TextEdit lineEndingsEdit(const ParsedArguments& arguments, std::vector<std::stri
         int{arguments.has("--to")} + int{arguments.has("--show")} + int{arguments.has("--remove")};
     if (modes != 1) throw UsageError("give one of --to, --show and --remove");
     TextEdit edit{.reach = Reach::wholeLines};
+    const auto inPieces = [](LineEndingConverter converter) {
+        return [converter] { return std::make_unique<LineEndingPieces>(converter); };
+    };
     if (arguments.has("--remove")) {
         edit.apply = [](QuodTextView& view) { Text::removeLineEndingsInSelection(view); };
+        edit.inPieces = inPieces(LineEndingConverter::removing());
         return edit;
     }
     std::function<std::u16string(std::u16string_view)> rewrite = Text::replaceLineEndingCharacters;
+    edit.inPieces = inPieces(LineEndingConverter::showingCharacters());
     if (const auto name = arguments.value("--to")) {
         const auto found = std::find(lineEndingNames.begin(), lineEndingNames.end(), *name);
         if (found == lineEndingNames.end()) {
@@ -164,6 +212,7 @@ TextEdit lineEndingsEdit(const ParsedArguments& arguments, std::vector<std::stri
         }
         const LineEnding ending = allLineEndings[found - lineEndingNames.begin()];
         rewrite = [ending](std::u16string_view text) { return Text::convert(text, ending); };
+        edit.inPieces = inPieces(LineEndingConverter::converting(ending));
     }
     edit.apply = [rewrite](QuodTextView& view) { Text::rewriteSelection(view, rewrite); };
     return edit;
@@ -214,11 +263,29 @@ TextEdit commentEdit(const ParsedArguments& arguments, std::vector<std::string>&
             }};
 }
 
+std::function<std::unique_ptr<PieceRewrite>()> linePieces(
+    std::u16string (*rewrite)(std::u16string_view)) {
+    return [rewrite] { return std::make_unique<LinePieces>(rewrite); };
+}
+
 TextEdit caseEdit(const ParsedArguments&, std::vector<std::string>& operands) {
     const std::string which = takeOperand(operands, "upper, lower or capitalize");
-    if (which == "upper") return {.apply = Text::uppercase};
-    if (which == "lower") return {.apply = Text::lowercase};
-    if (which == "capitalize") return {.apply = Text::capitalize};
+    // The framework's case mappings in the current locale, which the view's commands use.
+    if (which == "upper") {
+        return {.apply = Text::uppercase, .inPieces = linePieces([](std::u16string_view text) {
+                                              return localizedUppercase(text);
+                                          })};
+    }
+    if (which == "lower") {
+        return {.apply = Text::lowercase, .inPieces = linePieces([](std::u16string_view text) {
+                                              return localizedLowercase(text);
+                                          })};
+    }
+    if (which == "capitalize") {
+        return {.apply = Text::capitalize, .inPieces = linePieces([](std::u16string_view text) {
+                                               return localizedCapitalized(text);
+                                           })};
+    }
     throw UsageError("case wants upper, lower or capitalize, not '" + which + "'");
 }
 
@@ -288,7 +355,7 @@ TextEdit transformEdit(const ParsedArguments&, std::vector<std::string>& operand
 }
 
 TextEdit xmlEscapeEdit(const ParsedArguments&, std::vector<std::string>&) {
-    return {.apply = Text::prepareForXML};
+    return {.apply = Text::prepareForXML, .inPieces = linePieces(Text::prepareStringForXML)};
 }
 
 TextEdit countEdit(const ParsedArguments&, std::vector<std::string>&) {

@@ -1,0 +1,45 @@
+// Text commands that go through a file window by window, so that a file of any size takes a few
+// megabytes of memory and its result starts to come out at once.
+//
+// A command streams when its result over the whole text is its results over consecutive pieces of
+// the text, joined (line endings, case changes, XML escaping, counting), and when a first pass over
+// the bytes settles that the document is UTF-8 (Text::EncodingScan): what a document in another
+// encoding decodes to, or whether it decodes at all, only all of its bytes can tell, and those
+// documents go the whole-text way. The windows of a mapped file are let go once read.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Document.h"
+#include "Progress.h"
+
+namespace quod::tool {
+
+// A command's work on UTF-8 text that arrives in pieces.
+class PieceRewrite {
+  public:
+    // Where pieces may be cut. A rewrite that only looks at single bytes takes them cut anywhere;
+    // one that decodes them wants whole characters; one whose units depend on their neighbours
+    // (case mapping, word counting across a cut) wants whole lines.
+    enum class Cut { anywhere, characterStart, afterLineFeed };
+
+    virtual ~PieceRewrite() = default;
+    [[nodiscard]] virtual Cut cut() const = 0;
+    // Appends the output for `piece` to `out`.
+    virtual void rewrite(std::string_view piece, std::string& out) = 0;
+    // Appends what the end of the text settles.
+    virtual void finish(std::string& out) = 0;
+};
+
+// Runs `rewrite` over the input's text in windows and writes what it makes to `output`; a rewrite
+// of the text (not a report) gets the input's byte-order mark in front, as writing a document
+// does. Answers false, having written nothing, when the input is not settled as UTF-8.
+[[nodiscard]] bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport,
+                                Output& output, Progress& progress);
+
+// Decodes a UTF-8 piece (whole characters) for rewrites that work on UTF-16 text.
+[[nodiscard]] std::u16string decodePiece(std::string_view piece);
+
+}  // namespace quod::tool
