@@ -136,8 +136,9 @@ TEST(QuodOnBadInput, InformationCommandsAnswerEmptyAndBrokenInput) {
 
     EXPECT_EQ(runQuod({"split-command", ""}).out, "\n");  // one empty argument
     expectOneLineError(runQuod({"split-command", "ls \xff"}));
-    EXPECT_EQ(runQuod({"octal", ""}).out, "u=---,g=---,o=---\n");
     expectOneLineError(runQuod({"octal"}), 2);
+    for (const char* digits : {"", "8", "75a", "12345", "-1", " 7"})
+        expectOneLineError(runQuod({"octal", digits}), 2);
 }
 
 TEST(QuodOnBadInput, EncodingReportsAMissingFileAndAnswersTheOthers) {

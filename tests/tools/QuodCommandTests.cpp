@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,6 +68,44 @@ TEST(QuodRewrites, CaseTransformAndXml) {
     EXPECT_EQ(output({"xml-escape"}, "a < b && c > d &amp; e\n"),
               "a &lt; b &amp;&amp; c &gt; d &amp; e\n");
     EXPECT_EQ(output({"case", "upper", "--lines", "2"}, "a\nb\nc\n"), "a\nB\nc\n");
+}
+
+// Letter case follows LC_ALL, then LC_CTYPE, then LANG; the language of messages plays no part.
+TEST(QuodRewrites, CaseFollowsTheLocaleOfCharacterTypes) {
+    struct Saved {
+        std::string name;
+        std::optional<std::string> value;
+    };
+    std::vector<Saved> saved;
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        saved.push_back({name, value ? std::optional<std::string>(value) : std::nullopt});
+    }
+    const auto upper = [](const char* all, const char* ctype, const char* messages,
+                          const char* lang) {
+        const std::pair<const char*, const char*> settings[] = {
+            {"LC_ALL", all}, {"LC_CTYPE", ctype}, {"LC_MESSAGES", messages}, {"LANG", lang}};
+        for (const auto& [name, value] : settings) {
+            if (value) {
+                ::setenv(name, value, 1);
+            } else {
+                ::unsetenv(name);
+            }
+        }
+        return output({"case", "upper"}, "istanbul\n");
+    };
+    const std::string turkish = "\xC4\xB0STANBUL\n";  // a dotted capital I
+    EXPECT_EQ(upper(nullptr, "tr_TR.UTF-8", "en_US.UTF-8", "en_US.UTF-8"), turkish);
+    EXPECT_EQ(upper(nullptr, "en_US.UTF-8", "tr_TR.UTF-8", "tr_TR.UTF-8"), "ISTANBUL\n");
+    EXPECT_EQ(upper("tr_TR.UTF-8", "en_US.UTF-8", nullptr, nullptr), turkish);
+    EXPECT_EQ(upper(nullptr, nullptr, "en_US.UTF-8", "tr_TR.UTF-8"), turkish);
+    for (const Saved& variable : saved) {
+        if (variable.value) {
+            ::setenv(variable.name.c_str(), variable.value->c_str(), 1);
+        } else {
+            ::unsetenv(variable.name.c_str());
+        }
+    }
 }
 
 TEST(QuodRewrites, LineEndings) {

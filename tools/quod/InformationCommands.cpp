@@ -92,6 +92,12 @@ int octal(const Command& command, std::span<const std::string> arguments) {
     const ParsedArguments parsed = parseArguments(arguments, octalOptions);
     if (printedHelp(command, parsed)) return 0;
     const std::string digits = singleOperand(parsed, "group of digits");
+    // The framework spells out whatever it is given (a blank answer for no digits at all), but a
+    // user who typed 9 or 12345 made a mistake and deserves to hear it.
+    if (digits.empty() || digits.size() > 4 ||
+        digits.find_first_not_of("01234567") != std::string::npos) {
+        throw UsageError("wants 1 to 4 octal digits (0 to 7), not '" + digits + "'");
+    }
     const auto mode = parsed.has("--mask") ? Octal::Mode::mask : Octal::Mode::permission;
     writeStandardOutput(Octal::displayString(digits, mode) + "\n");
     return 0;

@@ -1,6 +1,7 @@
 // The text commands: one framework operation each, run on a QuodTextView over the input.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "Failure.h"
 #include "Progress.h"
 #include "Streaming.h"
+#include "quoddle/base/CurrentLocale.h"
 #include "quoddle/base/Utf.h"
 #include "quoddle/strings/CaseMapping.h"
 #include "quoddle/strings/LineEnding.h"
@@ -268,8 +270,23 @@ std::function<std::unique_ptr<PieceRewrite>()> linePieces(
     return [rewrite] { return std::make_unique<LinePieces>(rewrite); };
 }
 
+// Letter case follows the locale of character types, as the C library's case mapping does:
+// LC_ALL, then LC_CTYPE, then LANG. (The framework's current locale otherwise follows the language
+// of messages.)
+void useCharacterTypeLocale() {
+    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* value = std::getenv(variable);
+        if (value != nullptr && *value != '\0') {
+            setCurrentLocale(localeFromPosixName(value));
+            return;
+        }
+    }
+    setCurrentLocale(localeFromPosixName(""));
+}
+
 TextEdit caseEdit(const ParsedArguments&, std::vector<std::string>& operands) {
     const std::string which = takeOperand(operands, "upper, lower or capitalize");
+    useCharacterTypeLocale();
     // The framework's case mappings in the current locale, which the view's commands use.
     if (which == "upper") {
         return {.apply = Text::uppercase, .inPieces = linePieces([](std::u16string_view text) {
