@@ -7,6 +7,8 @@
 #include "Commands.h"
 #include "Document.h"
 #include "Failure.h"
+#include "Progress.h"
+#include "Streaming.h"
 #include "quoddle/base/Utf.h"
 #include "quoddle/strings/EncodingDetection.h"
 #include "quoddle/strings/Octal.h"
@@ -44,13 +46,18 @@ int encoding(const Command& command, std::span<const std::string> arguments) {
     int status = 0;
     for (const std::string& path : paths) {
         try {
-            const InputBytes input = InputBytes::read(path);
+            const InputBytes input = InputBytes::readInWindows(path);
             // What a host opening the file does: the declaration first, the bytes when it is
-            // silent.
-            EncodingNumber found = Text::guessEncoding(input.bytes());
+            // silent. One pass in windows settles most files; the rest take all their bytes.
+            Progress progress("encoding", input.bytes().size());
+            const Text::EncodingScan scan = scanInWindows(input, progress);
+            const auto settledOr = [&input](std::optional<EncodingNumber> settled, auto whole) {
+                return settled ? *settled : whole(input.bytes());
+            };
+            EncodingNumber found = settledOr(scan.guessedEncoding(), Text::guessEncoding);
             const char* how = "declared";
             if (found == Encodings::none) {
-                found = Text::detectEncoding(input.bytes());
+                found = settledOr(scan.detectedEncoding(), Text::detectEncoding);
                 how = "detected";
             }
             std::string line = input.displayName() + ": " + encodingDisplayName(found) + " (" +

@@ -9,7 +9,6 @@
 #include <span>
 
 #include "quoddle/base/Utf.h"
-#include "quoddle/strings/EncodingDetection.h"
 #include "quoddle/text/DecodedText.h"
 
 namespace quod::tool {
@@ -85,6 +84,14 @@ void forEachWindow(const InputBytes& input, std::size_t start, PieceRewrite::Cut
 
 }  // namespace
 
+Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress) {
+    progress.stage("reading");
+    Text::EncodingScan scan;
+    forEachWindow(input, 0, PieceRewrite::Cut::anywhere, progress,
+                  [&scan](std::span<const std::uint8_t> window) { scan.append(window); });
+    return scan;
+}
+
 std::u16string decodePiece(std::string_view piece) {
     return toUtf16(piece);
 }
@@ -92,11 +99,7 @@ std::u16string decodePiece(std::string_view piece) {
 bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport, Output& output,
                   Progress& progress) {
     if (windowBytes() == 0) return false;
-    progress.stage("reading");
-    Text::EncodingScan scan;
-    forEachWindow(input, 0, PieceRewrite::Cut::anywhere, progress,
-                  [&scan](std::span<const std::uint8_t> window) { scan.append(window); });
-    const auto encoding = settledUtf8Encoding(scan);
+    const auto encoding = settledUtf8Encoding(scanInWindows(input, progress));
     if (!encoding) return false;
 
     if (!isReport) output.write(encoding->byteOrderMark);

@@ -14,6 +14,7 @@
 
 #include "Document.h"
 #include "Progress.h"
+#include "quoddle/strings/EncodingDetection.h"
 
 namespace quod::tool {
 
@@ -38,6 +39,9 @@ class PieceRewrite {
 // does. Answers false, having written nothing, when the input is not settled as UTF-8.
 [[nodiscard]] bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport,
                                 Output& output, Progress& progress);
+
+// Runs all of the input's bytes through an encoding scan, window by window.
+[[nodiscard]] Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress);
 
 // Decodes a UTF-8 piece (whole characters) for rewrites that work on UTF-16 text.
 [[nodiscard]] std::u16string decodePiece(std::string_view piece);
