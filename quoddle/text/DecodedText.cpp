@@ -78,10 +78,21 @@ std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes) {
 
 std::optional<DecodedText> decodeDocument(std::span<const std::uint8_t> bytes,
                                           EncodingNumber preferred) {
-    if (preferred != Encodings::none && !bytes.empty()) {
-        if (auto decoded = decodeAs(bytes, preferred, false)) return decoded;
+    if (!bytes.empty()) {
+        if (auto decoded = decodeDocumentAs(bytes, preferred)) return decoded;
     }
     return decodeDocument(bytes);
+}
+
+std::optional<DecodedText> decodeDocumentAs(std::span<const std::uint8_t> bytes,
+                                            EncodingNumber encoding) {
+    if (encoding == Encodings::none) return std::nullopt;
+    if (bytes.empty()) {
+        DecodedText empty;
+        empty.encoding = encoding;
+        return empty;
+    }
+    return decodeAs(bytes, encoding, false);
 }
 
 std::optional<DocumentEncoding> settledUtf8Encoding(const Text::EncodingScan& scan) {

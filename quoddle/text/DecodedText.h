@@ -61,6 +61,11 @@ struct DocumentEncoding {
 [[nodiscard]] QUODDLE_EXPORT std::optional<DocumentEncoding> settledUtf8Encoding(
     const Text::EncodingScan& scan);
 
+// The bytes read in `encoding` and no other, as when a user names the encoding: no value when they
+// do not decode in it. A mark at their start is kept out of the text as above.
+[[nodiscard]] QUODDLE_EXPORT std::optional<DecodedText> decodeDocumentAs(
+    std::span<const std::uint8_t> bytes, EncodingNumber encoding);
+
 using ByteSink = std::function<void(std::span<const std::uint8_t>)>;
 
 [[nodiscard]] QUODDLE_EXPORT bool writeDocument(const TextStorage& text, EncodingNumber encoding,

@@ -103,6 +103,26 @@ TEST(DecodedText, ByteOrderMarksAreKeptOutOfTheTextAndWrittenBack) {
     expectRoundTrip(std::string("\xFF\xFEh\0i\0\r\0\n\0", 10), Encodings::utf16LittleEndian);
 }
 
+TEST(DecodedText, ANamedEncodingIsTheOnlyOneTried) {
+    // Well-formed UTF-8 that a user says is Latin-1 reads as Latin-1, not as what it declares.
+    const std::string declared = "<meta charset=utf-8> caf\xC3\xA9";
+    const auto latin1 = decodeDocumentAs(bytesOf(declared), Encodings::isoLatin1);
+    ASSERT_TRUE(latin1);
+    EXPECT_EQ(latin1->encoding, Encodings::isoLatin1);
+    EXPECT_EQ(latin1->storage.string(), u"<meta charset=utf-8> caf\u00C3\u00A9");
+    // Bytes that do not decode in it give nothing rather than another encoding's reading.
+    EXPECT_FALSE(decodeDocumentAs(bytesOf("caf\xE9"), Encodings::utf8));
+    EXPECT_FALSE(decodeDocumentAs(bytesOf("text"), Encodings::none));
+    const auto marked =
+        decodeDocumentAs(bytesOf(std::string("\xFF\xFEh\0i\0", 6)), Encodings::utf16LittleEndian);
+    ASSERT_TRUE(marked);
+    EXPECT_EQ(marked->storage.string(), u"hi");
+    EXPECT_EQ(marked->byteOrderMark, (Data{0xFF, 0xFE}));
+    const auto empty = decodeDocumentAs({}, Encodings::windowsCP1252);
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->encoding, Encodings::windowsCP1252);
+}
+
 TEST(DecodedText, BytesNoEncodingDecodesWholeGiveNoText) {
     EXPECT_FALSE(
         decodeDocument(bytesOf("\xEF\xBB\xBF"

@@ -146,6 +146,29 @@ TEST(QuodEncodings, DeclaredAndDetectedEncodingsAreNamed) {
                            ": Unicode (UTF-16LE) (2483028224), detected\n");
 }
 
+// --encoding reads and writes in the named encoding, by IANA name or listed name in any case, and
+// says so when the bytes do not fit it or no encoding has that name.
+TEST(QuodEncodings, ANamedEncodingIsUsedInsteadOfTheGuess) {
+    // Valid UTF-8 that is really Latin-1: each byte stays one character, and "Ã©" has no case to
+    // change, where the UTF-8 reading makes é an É.
+    const std::string text = "caf\xC3\xA9\n";
+    EXPECT_EQ(output({"case", "upper", "--encoding", "ISO-8859-1"}, text), "CAF\xC3\xA9\n");
+    EXPECT_EQ(output({"case", "upper", "--encoding=western (windows latin 1)"}, text),
+              "CAF\xC3\xA9\n");
+    EXPECT_EQ(output({"case", "upper"}, text), "CAF\xC3\x89\n");
+    EXPECT_EQ(output({"count", "--encoding", "utf-16le"}, std::string("h\0i\0", 4)),
+              "characters: 2\nwords: 1\n");
+
+    const QuodRun notUtf8 = runQuod({"case", "upper", "--encoding", "utf-8"}, "caf\xE9\n");
+    EXPECT_EQ(notUtf8.exitStatus, 1);
+    EXPECT_EQ(notUtf8.out, "");
+    EXPECT_NE(notUtf8.err.find("do not decode as Unicode (UTF-8)"), std::string::npos)
+        << notUtf8.err;
+    const QuodRun unknown = runQuod({"trim", "--encoding", "klingon"}, "text\n");
+    EXPECT_EQ(unknown.exitStatus, 2);
+    EXPECT_NE(unknown.err.find("no encoding named 'klingon'"), std::string::npos) << unknown.err;
+}
+
 TEST(QuodEncodings, TextIsWrittenBackInItsOwnEncoding) {
     // Latin-1 bytes are not UTF-8; the detector places them, and upper case stays one byte each.
     const std::string latin1 =

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "Failure.h"
@@ -84,6 +85,13 @@ LineSpan parseLineSpan(std::string_view text) {
             std::string(text) + "'");
     }
     return {*first, *last};
+}
+
+bool equalIgnoringAsciiCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+        return lower(x) == lower(y);
+    });
 }
 
 }  // namespace quod::tool

@@ -49,4 +49,7 @@ struct LineSpan {
 // "A:B" or "A", with 1 <= A <= B; throws UsageError otherwise.
 [[nodiscard]] LineSpan parseLineSpan(std::string_view text);
 
+// Names that users may type in either letter case (transform kinds, encodings).
+[[nodiscard]] bool equalIgnoringAsciiCase(std::string_view a, std::string_view b);
+
 }  // namespace quod::tool

@@ -5,8 +5,11 @@
 #include <cerrno>
 #include <cstring>
 
+#include "CommandLine.h"
 #include "Failure.h"
+#include "quoddle/strings/EncodingConversion.h"
 #include "quoddle/strings/EncodingDetection.h"
+#include "quoddle/strings/IanaCharsetNames.h"
 
 namespace quod::tool {
 namespace {
@@ -54,6 +57,25 @@ DecodedText decodeDocument(std::span<const std::uint8_t> bytes, const std::strin
         throw Failure(displayName + ": cannot tell which encoding the bytes are in");
     }
     throw Failure(displayName + ": the bytes do not decode as " + encodingDisplayName(detected));
+}
+
+DecodedText decodeDocumentAs(std::span<const std::uint8_t> bytes, EncodingNumber encoding,
+                             const std::string& displayName) {
+    if (auto decoded = quod::decodeDocumentAs(bytes, encoding)) return std::move(*decoded);
+    throw Failure(displayName + ": the bytes do not decode as " + encodingDisplayName(encoding));
+}
+
+EncodingNumber encodingNamed(const std::string& name) {
+    const EncodingNumber iana = encodingForIanaCharsetName(name);
+    if (iana != Encodings::none && iana != Encodings::unknownCharsetName && isConvertible(iana)) {
+        return iana;
+    }
+    for (const StringEncoding& listed : Misc::allStringEncodings()) {
+        const auto encoding = static_cast<EncodingNumber>(listed.tag);
+        if (equalIgnoringAsciiCase(listed.name, name) && isConvertible(encoding)) return encoding;
+    }
+    throw UsageError("--encoding: no encoding named '" + name +
+                     "' (an IANA name such as ISO-8859-1, or a name as quod encoding prints it)");
 }
 
 void writeDocument(const TextStorage& text, const DecodedText& document, Output& output,

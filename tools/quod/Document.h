@@ -45,6 +45,13 @@ class InputBytes {
 // Empty input is empty UTF-8 text. Throws Failure naming `displayName` when no encoding fits.
 [[nodiscard]] DecodedText decodeDocument(std::span<const std::uint8_t> bytes,
                                          const std::string& displayName);
+// The bytes in the encoding the user named; throws Failure when they do not decode in it.
+[[nodiscard]] DecodedText decodeDocumentAs(std::span<const std::uint8_t> bytes,
+                                           EncodingNumber encoding, const std::string& displayName);
+// The encoding a user names with --encoding: an IANA charset name ("ISO-8859-1", "utf-16le") or a
+// name as the encoding list shows it ("Western (Windows Latin 1)"), in any letter case. Throws
+// UsageError for a name of no encoding the tool can read and write.
+[[nodiscard]] EncodingNumber encodingNamed(const std::string& name);
 
 // Where a result goes: standard output, or a FileReplacement of the file it will replace.
 class Output {

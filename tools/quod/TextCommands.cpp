@@ -138,6 +138,7 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
     std::vector<OptionDefinition> options(ownOptions.begin(), ownOptions.end());
     options.push_back({"--lines", true});
     options.push_back({"-i", false, "--in-place"});
+    options.push_back({"--encoding", true});
     const ParsedArguments parsed = parseArguments(arguments, options);
     if (parsed.has("--help")) {
         writeStandardOutput(helpText(command));
@@ -152,10 +153,12 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
     if (inPlace && edit.report) throw UsageError("-i makes no sense for a report");
     std::optional<LineSpan> lines;
     if (const auto value = parsed.value("--lines")) lines = parseLineSpan(*value);
+    std::optional<EncodingNumber> named;
+    if (const auto value = parsed.value("--encoding")) named = encodingNamed(*value);
 
     // In place, a read-only file is refused before any work.
     Output output = inPlace ? Output::replacing(path) : Output::standardOutput();
-    const bool inPieces = edit.inPieces && !lines;
+    const bool inPieces = edit.inPieces && !lines && !named;
     const InputBytes input = inPieces ? InputBytes::readInWindows(path) : InputBytes::read(path);
     Progress progress(command.name, input.bytes().size());
     if (inPieces) {
@@ -166,7 +169,8 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
         }
     }
     progress.stage("decoding");
-    DecodedText document = decodeDocument(input.bytes(), input.displayName());
+    DecodedText document = named ? decodeDocumentAs(input.bytes(), *named, input.displayName())
+                                 : decodeDocument(input.bytes(), input.displayName());
     QuodTextView view(std::move(document.storage));
     selectForCommand(view, lines, edit.reach, input.displayName());
 
@@ -353,13 +357,6 @@ constexpr bool kindNamesInOrder() {
     return true;
 }
 static_assert(kindNamesInOrder());
-
-bool equalIgnoringAsciiCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
-        return lower(x) == lower(y);
-    });
-}
 
 TextEdit transformEdit(const ParsedArguments&, std::vector<std::string>& operands) {
     const std::string name = takeOperand(operands, "transform kind (see quod transform --help)");

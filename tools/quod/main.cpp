@@ -46,8 +46,8 @@ std::string overview() {
     text +=
         "\n"
         "Text commands act on lines A to B with --lines A:B, otherwise on the whole text.\n"
-        "The input's encoding is read from its declaration or its bytes, and the result is\n"
-        "written in the same encoding.\n"
+        "The input's encoding is read from its declaration or its bytes (or named with\n"
+        "--encoding), and the result is written in the same encoding.\n"
         "\n"
         "quod COMMAND --help describes one command; quod --version prints the version.\n";
     return text;
@@ -90,7 +90,10 @@ std::string helpText(const Command& command) {
     std::string help = "usage: quod ";
     help.append(command.name);
     if (!command.usage.empty()) help.append(" ").append(command.usage);
-    if (text) help.append(command.name == "count" ? " [--lines A:B]" : " [--lines A:B] [-i]");
+    if (text) {
+        help.append(command.name == "count" ? " [--lines A:B]" : " [--lines A:B] [-i]");
+        help.append(" [--encoding NAME]");
+    }
     if (text) help.append(" [FILE]");
     help.append("\n\n").append(command.help);
     if (text) {
@@ -100,6 +103,11 @@ std::string helpText(const Command& command) {
         if (command.name != "count") {
             help += "  -i            write the result back into FILE (atomically)\n";
         }
+        help +=
+            "  --encoding NAME\n"
+            "                read the input in this encoding (an IANA name such as ISO-8859-1, or\n"
+            "                a name as quod encoding prints it) instead of the one it declares or\n"
+            "                suggests, and write the result in it\n";
         help += "  FILE          the input; standard input when absent or \"-\"\n";
     }
     return help;
