@@ -124,7 +124,7 @@ BENCHMARK(BM_EditAtRandomPositions_NaiveString)->Apply(documentSizes);
 
 std::vector<int64_t> randomPositions(int64_t limit) {
     std::mt19937_64 random(5);
-    std::vector<int64_t> positions(4096);
+    std::vector<int64_t> positions(1 << 20);
     for (int64_t& position : positions)
         position = static_cast<int64_t>(random() % limit);
     return positions;

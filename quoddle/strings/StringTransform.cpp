@@ -3,6 +3,7 @@
 #include <unicode/translit.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -111,6 +112,81 @@ std::optional<std::u16string> StringTransform::transformed(Kind kind, std::u16st
     icu::UnicodeString buffer(text.data(), static_cast<int32_t>(text.size()));
     transliterator->transliterate(buffer);
     return std::u16string(buffer.getBuffer(), static_cast<std::size_t>(buffer.length()));
+}
+
+struct StringTransformStream::State {
+    const icu::Transliterator* transliterator = nullptr;
+    // The text not yet given out: what the rules may still read as context before the pending
+    // part, then the pending part itself, from position.start on.
+    icu::UnicodeString buffer;
+    UTransPosition position{0, 0, 0, 0};
+    int32_t givenOut = 0;  // buffer[0, givenOut) has been given out already
+    // ICU's incremental mode decides some rules differently when the text stops in the middle of
+    // a line (Han-Latin, for one, leaves out the space between syllables cut apart), so whole
+    // lines go in, and the line that has not ended waits here.
+    std::u16string unfinishedLine;
+
+    void run(std::u16string_view lines) {
+        QUOD_PRECONDITION(lines.size() <= static_cast<std::size_t>(INT32_MAX / 2),
+                          "line too long for ICU");
+        buffer.append(lines.data(), static_cast<int32_t>(lines.size()));
+        position.contextLimit = position.limit = buffer.length();
+        UErrorCode status = U_ZERO_ERROR;
+        transliterator->transliterate(buffer, position, status);
+    }
+
+    // Gives out what the transliterator has settled and drops what no rule can look back to.
+    void giveOut(std::u16string& out) {
+        out.append(reinterpret_cast<const char16_t*>(buffer.getBuffer()) + givenOut,
+                   static_cast<std::size_t>(position.start - givenOut));
+        givenOut = position.start;
+        const int32_t drop =
+            std::max(0, position.start - transliterator->getMaximumContextLength());
+        if (drop > 0) {
+            buffer.remove(0, drop);
+            position.contextStart = std::max(0, position.contextStart - drop);
+            position.start -= drop;
+            position.contextLimit -= drop;
+            position.limit -= drop;
+            givenOut -= drop;
+        }
+    }
+};
+
+StringTransformStream::StringTransformStream(StringTransform::Kind kind)
+    : state_(std::make_unique<State>()) {
+    state_->transliterator = transliteratorFor(kind);
+}
+
+StringTransformStream::~StringTransformStream() = default;
+StringTransformStream::StringTransformStream(StringTransformStream&&) noexcept = default;
+StringTransformStream& StringTransformStream::operator=(StringTransformStream&&) noexcept = default;
+
+bool StringTransformStream::isAvailable() const {
+    return state_->transliterator != nullptr;
+}
+
+void StringTransformStream::transform(std::u16string_view piece, std::u16string& out) {
+    State& state = *state_;
+    if (state.transliterator == nullptr) {
+        out.append(piece);
+        return;
+    }
+    state.unfinishedLine.append(piece);
+    const std::size_t lineFeed = state.unfinishedLine.rfind(u'\n');
+    if (lineFeed == std::u16string::npos) return;
+    state.run(std::u16string_view(state.unfinishedLine).substr(0, lineFeed + 1));
+    state.unfinishedLine.erase(0, lineFeed + 1);
+    state.giveOut(out);
+}
+
+void StringTransformStream::finish(std::u16string& out) {
+    State& state = *state_;
+    if (state.transliterator == nullptr) return;
+    state.run(state.unfinishedLine);
+    state.unfinishedLine.clear();
+    state.transliterator->finishTransliteration(state.buffer, state.position);
+    state.giveOut(out);
 }
 
 }  // namespace quod

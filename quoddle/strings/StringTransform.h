@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -67,6 +68,28 @@ struct QUODDLE_EXPORT StringTransform {
     // transliterator cannot be opened.
     [[nodiscard]] static std::optional<std::u16string> transformed(Kind kind,
                                                                    std::u16string_view text);
+};
+
+// A transform run over a text that arrives in pieces (a large file decoded window by window), cut
+// anywhere, with the result `StringTransform::transformed` gives for the whole text. Output comes
+// line by line: what no later text can change, once its line has ended; the rest waits for the
+// next piece or for `finish`. A stream keeps a line and the rules' context, however long the text.
+class QUODDLE_EXPORT StringTransformStream {
+  public:
+    explicit StringTransformStream(StringTransform::Kind kind);
+    ~StringTransformStream();
+    StringTransformStream(StringTransformStream&&) noexcept;
+    StringTransformStream& operator=(StringTransformStream&&) noexcept;
+
+    // False when the transliterator cannot be opened: `transformed` gives no value then, and
+    // pieces come out as they went in.
+    [[nodiscard]] bool isAvailable() const;
+    void transform(std::u16string_view piece, std::u16string& out);
+    void finish(std::u16string& out);
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
 };
 
 }  // namespace quod

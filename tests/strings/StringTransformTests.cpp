@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
 
 #include "quoddle/strings/CaseMapping.h"
 #include "quoddle/strings/StringTransform.h"
@@ -55,6 +56,41 @@ TEST(StringTransform, RunsEachTransliteratorInItsDirection) {
     for (const Kind kind : StringTransform::allCases) {
         EXPECT_TRUE(StringTransform::transformed(kind, u"abc").has_value())
             << static_cast<int>(kind);
+    }
+}
+
+// Every transform fed in pieces, cut anywhere (inside words, escapes, syllables, surrogate pairs),
+// gives what it gives for the whole text.
+TEST(StringTransform, InPiecesAsOnTheWholeText) {
+    const std::u16string samples[] = {
+        u"Stra\u00DFe na\u00EFve \u00C6sop caf\u00E9 \u201Cquoted\u201D \u2014 x\u0301\r\n"
+        u"\u00E9\ncaf\u00E9\r\u201Cq\u201D",
+        u"&#x3B1;&#x3b2; \\x{41}\\u0042 \\x43 \\N{LATIN SMALL LETTER A}&#x1F600;\n&#x3B1;\n\\x{42}",
+        u"\u03B1\u03B2\u03B3\u03C3 \u039F\u03B4\u03C5\u03C3\u03C3\u03B5\u03CD\u03C2. "
+        u"\u041C\u043E\u0441\u043A\u0432\u0430 \u05E9\u05DC\u05D5\u05DD "
+        u"\u0645\u0631\u062D\u0628\u0627\n",
+        u"\u3072\u3089\u304C\u306A \u30AB\u30BF\u30AB\u30CA \uFF21\uFF22 \uD55C\uAD6D\uC5B4 "
+        u"\u0E20\u0E32\u0E29\u0E32\u0E44\u0E17\u0E22 \u4E2D\u6587 \U0001F600\n",
+        u"shinbun kyouto nnn tsu Hangugeo annyeong sawasdee moskva shalom marhaban\n"
+        u"n\nka\n\u4E2D\n\u6587\u4E2D\n\u03C3\n\u03C3 \u03C3"};
+    std::mt19937 random(3);
+    for (const Kind kind : StringTransform::allCases) {
+        for (const std::u16string& sample : samples) {
+            const auto whole = StringTransform::transformed(kind, sample);
+            for (int round = 0; round < 6; ++round) {
+                StringTransformStream stream(kind);
+                ASSERT_EQ(stream.isAvailable(), whole.has_value());
+                std::u16string out;
+                for (std::size_t at = 0; at < sample.size();) {
+                    const std::size_t length = 1 + random() % (round < 3 ? 3 : 17);
+                    stream.transform(std::u16string_view(sample).substr(at, length), out);
+                    at += length;
+                }
+                stream.finish(out);
+                EXPECT_EQ(out, whole.value_or(sample))
+                    << "kind " << static_cast<int>(kind) << " round " << round;
+            }
+        }
     }
 }
 

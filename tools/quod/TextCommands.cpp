@@ -17,6 +17,7 @@
 #include "quoddle/base/Utf.h"
 #include "quoddle/strings/CaseMapping.h"
 #include "quoddle/strings/LineEnding.h"
+#include "quoddle/strings/LineFunctions.h"
 #include "quoddle/strings/StringTransform.h"
 #include "quoddle/text/LineOperations.h"
 #include "quoddle/text/QuodTextView.h"
@@ -62,19 +63,69 @@ class LineEndingPieces : public PieceRewrite {
     LineEndingConverter converter_;
 };
 
-// A rewrite of UTF-16 text that gives the same result line by line as on the whole text: case
-// mapping and XML escaping never look past a line feed.
-class LinePieces : public PieceRewrite {
+// A rewrite of the decoded text. The whole-text way leaves the final line terminator out of the
+// selection, so that a rule that looks at the end of the text (a final sigma) sees the end and
+// not the terminator: each window's last terminator is held back until more text follows it, and
+// the text's own final one goes out as it is.
+class TextPieces : public PieceRewrite {
+  public:
+    void rewrite(std::string_view piece, std::string& out) final {
+        std::u16string text = std::move(heldTerminator_) + decodePiece(piece);
+        heldTerminator_.clear();
+        std::size_t end = text.size();
+        if (end > 0 && isLineTerminator(text[end - 1])) {
+            end -= end >= 2 && text[end - 2] == u'\r' && text[end - 1] == u'\n' ? 2 : 1;
+            heldTerminator_ = text.substr(end);
+            text.resize(end);
+        }
+        std::u16string rewritten;
+        rewriteText(text, rewritten);
+        out += toUtf8(rewritten);
+    }
+    void finish(std::string& out) final {
+        std::u16string rest;
+        finishText(rest);
+        out += toUtf8(rest + heldTerminator_);
+    }
+
+  protected:
+    virtual void rewriteText(std::u16string_view text, std::u16string& out) = 0;
+    virtual void finishText(std::u16string&) {}
+
+  private:
+    std::u16string heldTerminator_;
+};
+
+// Case mapping and XML escaping give the same result line by line as on the whole text: they
+// never look past a line feed.
+class LinePieces : public TextPieces {
   public:
     explicit LinePieces(std::u16string (*rewrite)(std::u16string_view)) : rewrite_(rewrite) {}
     Cut cut() const override { return Cut::afterLineFeed; }
-    void rewrite(std::string_view piece, std::string& out) override {
-        out += toUtf8(rewrite_(decodePiece(piece)));
+
+  protected:
+    void rewriteText(std::u16string_view text, std::u16string& out) override {
+        out += rewrite_(text);
     }
-    void finish(std::string&) override {}
 
   private:
     std::u16string (*rewrite_)(std::u16string_view);
+};
+
+// A transliteration holds back what its rules may still change (StringTransformStream).
+class TransformPieces : public TextPieces {
+  public:
+    explicit TransformPieces(StringTransform::Kind kind) : stream_(kind) {}
+    Cut cut() const override { return Cut::characterStart; }
+
+  protected:
+    void rewriteText(std::u16string_view text, std::u16string& out) override {
+        stream_.transform(text, out);
+    }
+    void finishText(std::u16string& out) override { stream_.finish(out); }
+
+  private:
+    StringTransformStream stream_;
 };
 
 using EditFactory = TextEdit (*)(const ParsedArguments& arguments,
@@ -362,7 +413,8 @@ TextEdit transformEdit(const ParsedArguments&, std::vector<std::string>& operand
     const std::string name = takeOperand(operands, "transform kind (see quod transform --help)");
     for (const auto& [kind, kindName] : kindNames) {
         if (equalIgnoringAsciiCase(name, kindName)) {
-            return {.apply = [kind](QuodTextView& view) { Text::transform(kind, view); }};
+            return {.apply = [kind](QuodTextView& view) { Text::transform(kind, view); },
+                    .inPieces = [kind] { return std::make_unique<TransformPieces>(kind); }};
         }
     }
     throw UsageError("no transform named '" + name + "' (see quod transform --help)");
