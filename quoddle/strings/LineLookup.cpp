@@ -1,6 +1,5 @@
 #include "quoddle/strings/LineLookup.h"
 
-#include "quoddle/base/Precondition.h"
 #include "quoddle/strings/LineFunctions.h"
 
 namespace quod {
@@ -13,7 +12,6 @@ int64_t lineEnd(std::u16string_view s, int64_t position) {
 }  // namespace
 
 int64_t lineNumber(std::u16string_view s, int64_t location) {
-    QUOD_PRECONDITION(location >= 0, "negative location");
     const auto length = static_cast<int64_t>(s.size());
     int64_t count = 0;
     int64_t position = 0;

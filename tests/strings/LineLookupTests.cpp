@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include "quoddle/strings/LineLookup.h"
 
 namespace quod {
@@ -34,8 +36,11 @@ TEST(LineLookup, TheRangeOfALocationsLineHoldsIt) {
     }
 }
 
-TEST(LineLookupDeathTest, NegativeLocationStops) {
-    EXPECT_DEATH((void)lineNumber(u"a", -1), "negative location");
+// A location before the text counts the lines its steps pass: the first, or none in an empty text.
+TEST(LineLookup, ALocationBeforeTheTextIsOnTheFirstLine) {
+    EXPECT_EQ(lineNumber(u"a\nb", -1), 1);
+    EXPECT_EQ(lineNumber(u"\n\n", INT64_MIN), 1);
+    EXPECT_EQ(lineNumber(u"", -3), 0);
 }
 
 }  // namespace
