@@ -4,11 +4,13 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <thread>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "quoddle/filesystem/InotifyRecords.h"
 
@@ -156,10 +158,16 @@ void FileSystemObjectSource::handleEvents() {
 // Only one handling runs at a time and cancelling waits for it, so the descriptor is open here.
 int FileSystemObjectSource::readEventCount() const {
     int count = 0;
-    readInotifyRecords(descriptor_, readsPerRound,
-                       [&](const inotify_event& header, std::string_view) {
-                           if (!(header.mask & IN_IGNORED)) ++count;
-                       });
+    std::vector<std::uint32_t> departures;  // cookies of the renames that left in this read
+    readInotifyRecords(
+        descriptor_, readsPerRound, [&](const inotify_event& header, std::string_view) {
+            if (header.mask & IN_IGNORED) return;
+            if (header.mask & IN_MOVED_FROM) departures.push_back(header.cookie);
+            const bool arrivalOfADeparture =
+                (header.mask & IN_MOVED_TO) &&
+                std::find(departures.begin(), departures.end(), header.cookie) != departures.end();
+            if (!arrivalOfADeparture) ++count;
+        });
     return count;
 }
 

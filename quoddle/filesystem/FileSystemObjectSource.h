@@ -2,9 +2,11 @@
 // the descriptor delivers until it is cancelled, then a cancel handler on the same queue.
 //
 // An event is one record read from the descriptor, whatever its kind, except IN_IGNORED (the
-// kernel saying that a watch is gone). A queue overflow is one event. The kernel folds a record
-// identical to the one queued just before it (same watch, kind and name) into that one, so two
-// identical changes in a row may make a single event; different changes never merge.
+// kernel saying that a watch is gone) and the arrival half of a rename whose departure came in
+// the same read: a rename inside a folder is one change to it, as a write to a folder is one
+// event on systems that watch folders as files. A queue overflow is one event. The kernel folds a
+// record identical to the one queued just before it (same watch, kind and name) into that one,
+// so two identical changes in a row may make a single event; different changes never merge.
 //
 //     auto source = FileSystemObjectSource::make(inotify, queue);
 //     source->setEventHandler([] { ... });
