@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +15,12 @@
 #include "quoddle/text/internal/SegmentCounting.h"
 
 namespace quod {
+namespace Text {
+// Failures print the counts rather than their bytes.
+void PrintTo(const SelectionCount& count, std::ostream* out) {
+    *out << "{" << count.characters << " characters, " << count.words << " words}";
+}
+}  // namespace Text
 namespace {
 
 using Text::SelectionCount;
