@@ -15,8 +15,28 @@ namespace {
 
 enum class Unit { character, word };
 
-// A break iterator over the text, without copying it. Creating one loads ICU rule data, so each
-// thread keeps one prototype per kind and locale and clones it.
+// Creating an iterator loads ICU rule data, so each thread keeps one prototype per kind and locale
+// and clones it.
+const icu::BreakIterator& prototype(Unit unit, const icu::Locale& locale) {
+    struct Cached {
+        Unit unit;
+        icu::Locale locale;
+        std::unique_ptr<icu::BreakIterator> iterator;
+    };
+    thread_local std::vector<Cached> cache;
+    for (const Cached& cached : cache) {
+        if (cached.unit == unit && cached.locale == locale) return *cached.iterator;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> created(
+        unit == Unit::character ? icu::BreakIterator::createCharacterInstance(locale, status)
+                                : icu::BreakIterator::createWordInstance(locale, status));
+    QUOD_PRECONDITION(created != nullptr && U_SUCCESS(status), "ICU break iterator data missing");
+    cache.push_back({unit, locale, std::move(created)});
+    return *cache.back().iterator;
+}
+
+// A break iterator over the text, without copying it.
 class Breaker {
   public:
     Breaker(Unit unit, std::u16string_view text, const icu::Locale& locale) {
@@ -37,40 +57,9 @@ class Breaker {
     icu::BreakIterator* operator->() { return iterator_.get(); }
 
   private:
-    static const icu::BreakIterator& prototype(Unit unit, const icu::Locale& locale) {
-        struct Cached {
-            Unit unit;
-            icu::Locale locale;
-            std::unique_ptr<icu::BreakIterator> iterator;
-        };
-        thread_local std::vector<Cached> cache;
-        for (const Cached& cached : cache) {
-            if (cached.unit == unit && cached.locale == locale) return *cached.iterator;
-        }
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> created(
-            unit == Unit::character ? icu::BreakIterator::createCharacterInstance(locale, status)
-                                    : icu::BreakIterator::createWordInstance(locale, status));
-        QUOD_PRECONDITION(created != nullptr && U_SUCCESS(status),
-                          "ICU break iterator data missing");
-        cache.push_back({unit, locale, std::move(created)});
-        return *cache.back().iterator;
-    }
-
     UText utext_ = UTEXT_INITIALIZER;
     std::unique_ptr<icu::BreakIterator> iterator_;
 };
-
-// A word-break segment is a word when it holds a letter or a decimal digit: spaces, punctuation,
-// symbols and emoji are segments too, but count for nothing.
-bool holdsLetterOrDigit(std::u16string_view segment) {
-    for (std::size_t i = 0; i < segment.size();) {
-        UChar32 codePoint;
-        U16_NEXT(segment.data(), i, segment.size(), codePoint);
-        if (u_isalnum(codePoint)) return true;
-    }
-    return false;
-}
 
 int64_t boundaryAtOrBefore(icu::BreakIterator& breaker, int64_t position) {
     if (breaker.isBoundary(static_cast<int32_t>(position))) return position;
@@ -86,6 +75,29 @@ int64_t boundaryAtOrAfter(icu::BreakIterator& breaker, int64_t position) {
 }
 
 }  // namespace
+
+// Spaces, punctuation, symbols and emoji are segments too, but count for nothing.
+bool holdsLetterOrDigit(std::u16string_view segment) {
+    for (std::size_t i = 0; i < segment.size();) {
+        UChar32 codePoint;
+        U16_NEXT(segment.data(), i, segment.size(), codePoint);
+        if (u_isalnum(codePoint)) return true;
+    }
+    return false;
+}
+
+std::unique_ptr<icu::BreakIterator> newCharacterBreakIterator() {
+    std::unique_ptr<icu::BreakIterator> iterator(
+        prototype(Unit::character, icu::Locale::getRoot()).clone());
+    QUOD_PRECONDITION(iterator != nullptr, "ICU break iterator unusable");
+    return iterator;
+}
+
+std::unique_ptr<icu::BreakIterator> newWordBreakIterator(const icu::Locale& locale) {
+    std::unique_ptr<icu::BreakIterator> iterator(prototype(Unit::word, locale).clone());
+    QUOD_PRECONDITION(iterator != nullptr, "ICU break iterator unusable");
+    return iterator;
+}
 
 Range composedCharacterRange(std::u16string_view text, Range range) {
     QUOD_PRECONDITION(range.isInside(static_cast<int64_t>(text.size())), "range outside the text");

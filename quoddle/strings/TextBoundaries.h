@@ -11,7 +11,10 @@
 
 #include <unicode/locid.h>
 
+#include <unicode/brkiter.h>
+
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -44,6 +47,15 @@ namespace quod {
 // The word-break segment that holds the unit at `position` (which must be < text.size()).
 [[nodiscard]] QUODDLE_EXPORT Range wordBreakSegment(std::u16string_view text, int64_t position,
                                                     const icu::Locale& locale);
+
+// Whether a word-break segment is a word: it holds a letter or a decimal digit.
+[[nodiscard]] QUODDLE_EXPORT bool holdsLetterOrDigit(std::u16string_view segment);
+
+// Fresh grapheme-cluster (root) and word (of `locale`) break iterators, without text, for callers
+// that walk many texts with one iterator instead of paying a clone per text.
+[[nodiscard]] QUODDLE_EXPORT std::unique_ptr<icu::BreakIterator> newCharacterBreakIterator();
+[[nodiscard]] QUODDLE_EXPORT std::unique_ptr<icu::BreakIterator> newWordBreakIterator(
+    const icu::Locale& locale);
 
 // The segments that are words, in order.
 [[nodiscard]] QUODDLE_EXPORT std::vector<Range> wordRanges(std::u16string_view text,

@@ -19,6 +19,7 @@
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/qt/StringConversion.h"
+#include "quoddle/runtime/Localize.h"
 #include "tests/support/AlertAnswers.h"
 
 using quod::Defaults::Key;
@@ -287,12 +288,35 @@ class DemoAppTests : public QObject {
         QVERIFY2(status.contains("7 characters"), qPrintable(status));
         QVERIFY2(status.contains("1 words"), qPrintable(status));
 
-        // Past the limit the counts are left out rather than computed on every change.
-        const QByteArray large(quod::demo::StatusLine::countLimit + 1, 'x');
+        // A large selection shows a placeholder, then its counts once counted between events.
+        const int64_t largeLength = quod::demo::StatusLine::countNowLimit + 10;
+        QByteArray large(largeLength, 'x');
+        large[10] = ' ';
         QVERIFY(window.openDocument(file("large.txt", large)));
-        window.document().textView()->selectAll();
-        const QString largeStatus = window.statusLine().selectionText();
-        QVERIFY2(largeStatus.contains(QString::fromUtf8("— characters")), qPrintable(largeStatus));
+        quod::QuodTextView& largeView = *window.document().textView();
+        largeView.selectAll();
+        QVERIFY(window.statusLine().isCounting());
+        QVERIFY2(window.statusLine().selectionText().contains(QString::fromUtf8("… characters")),
+                 qPrintable(window.statusLine().selectionText()));
+        const QString allCounted =
+            QString::fromStdString(quod::Localize::intString(largeLength)) + " characters   2 words";
+        QTRY_VERIFY2(window.statusLine().selectionText().contains(allCounted),
+                     qPrintable(window.statusLine().selectionText()));
+
+        // A count overtaken by a new selection never shows.
+        largeView.setSelectedRange({1, largeLength - 1});
+        QVERIFY(window.statusLine().isCounting());
+        largeView.setSelectedRange({0, 3});
+        QVERIFY(!window.statusLine().isCounting());
+        QTest::qWait(50);
+        QVERIFY2(window.statusLine().selectionText().contains("3 characters   1 words"),
+                 qPrintable(window.statusLine().selectionText()));
+        largeView.setSelectedRange({5, largeLength - 5});
+        const QString restCounted =
+            QString::fromStdString(quod::Localize::intString(largeLength - 5)) +
+            " characters   2 words";
+        QTRY_VERIFY2(window.statusLine().selectionText().contains(restCounted),
+                     qPrintable(window.statusLine().selectionText()));
     }
 
     void theSidebarShowsTheLastFolderChosenAndFollowsChanges() {
