@@ -2,6 +2,7 @@
 // cluster rules where the scan hands over to ICU, on real prose, in every set of word rules ICU
 // ships, and piece by piece with random splits against the whole.
 #include <gtest/gtest.h>
+#include <unicode/uvernum.h>
 
 #include <cstdio>
 #include <ostream>
@@ -48,16 +49,57 @@ std::string escaped(std::u16string_view text) {
 // connectors, line ends, marks and joiners that attach to what is before them, and the scripts
 // that ICU segments by dictionary or with rules of their own.
 const std::vector<std::u16string> asciiAtoms = {
-    u"a",  u"Z",  u"x", u"7", u"0", u".",  u",",  u"'",  u":",  u";",  u"_", u"@",
-    u"\"", u"-",  u" ", u" ", u"\t", u"\r", u"\n", u"\r\n", u"\v", u"!", u"#", u"e.g."};
-const std::vector<std::u16string> otherAtoms = {
-    u"é",       u"ß",       u"e\u0301", u"\u0301",  u"\u00B7",   u"α",       u"\u0387",
-    u"я",       u"Ж",       u"\u0483",  u"א",       u"\u05F4",   u"\u05D1\"", u"ع",
-    u"\u0600",  u"\u0661",  u"\u066B",  u"ไทย",     u"\u0E31",   u"中文",    u"カタ",
-    u"ひら",    u"한",      u"\u1100",  u"👍",      u"\U0001F3FD", u"\u200D",  u"\uFE0F",
-    u"🇸🇪",      u"\U0001F1E6", u"\xD83D",  u"\xDC4D",  u"\u0085",   u"\u2028",  u"\u00A0",
-    u"\u00AD",  u"\u200B",  u"\u2019",  u"\u2018",  u"\u2024",   u"\u202F",  u"\u3000",
-    u"\uFF0C",  u"\uFF1A",  u"\u00B2",  u"©",       u"\u0915\u094D\u0937", u"\u2060", u"\u2003"};
+    u"a",  u"Z", u"x", u"7", u"0",  u".",  u",",  u"'",    u":",  u";", u"_", u"@",
+    u"\"", u"-", u" ", u" ", u"\t", u"\r", u"\n", u"\r\n", u"\v", u"!", u"#", u"e.g."};
+const std::vector<std::u16string> otherAtoms = {u"é",
+                                                u"ß",
+                                                u"e\u0301",
+                                                u"\u0301",
+                                                u"\u00B7",
+                                                u"α",
+                                                u"\u0387",
+                                                u"я",
+                                                u"Ж",
+                                                u"\u0483",
+                                                u"א",
+                                                u"\u05F4",
+                                                u"\u05D1\"",
+                                                u"ع",
+                                                u"\u0600",
+                                                u"\u0661",
+                                                u"\u066B",
+                                                u"ไทย",
+                                                u"\u0E31",
+                                                u"中文",
+                                                u"カタ",
+                                                u"ひら",
+                                                u"한",
+                                                u"\u1100",
+                                                u"👍",
+                                                u"\U0001F3FD",
+                                                u"\u200D",
+                                                u"\uFE0F",
+                                                u"🇸🇪",
+                                                u"\U0001F1E6",
+                                                u"\xD83D",
+                                                u"\xDC4D",
+                                                u"\u0085",
+                                                u"\u2028",
+                                                u"\u00A0",
+                                                u"\u00AD",
+                                                u"\u200B",
+                                                u"\u2019",
+                                                u"\u2018",
+                                                u"\u2024",
+                                                u"\u202F",
+                                                u"\u3000",
+                                                u"\uFF0C",
+                                                u"\uFF1A",
+                                                u"\u00B2",
+                                                u"©",
+                                                u"\u0915\u094D\u0937",
+                                                u"\u2060",
+                                                u"\u2003"};
 
 std::u16string randomText(std::mt19937& random, int atoms, int otherPercent) {
     std::u16string text;
@@ -82,8 +124,7 @@ SelectionCount scanned(SegmentCounter& counter, std::u16string_view text) {
 }
 
 // Adds the text in pieces of random lengths, from empty to a little over the text.
-SelectionCount inPieces(std::u16string_view text, const icu::Locale& locale,
-                        std::mt19937& random) {
+SelectionCount inPieces(std::u16string_view text, const icu::Locale& locale, std::mt19937& random) {
     Text::SelectionCounter counter(locale);
     std::size_t at = 0;
     while (at < text.size()) {
@@ -104,12 +145,16 @@ const std::vector<std::u16string> samples = {
     u"שלום עולם, צה\"ל ו-ג'ירפה. مرحبا بالعالم ١٢٣ و ٤٫٥\n",
     u"日本語の文章です。カタカナとひらがな、漢字。ﾃｽﾄ 123、ＡＢＣ。\n한국어 문장입니다.\n",
     u"ภาษาไทยไม่มีช่องว่างระหว่างคำ 12.5 บาท\n",
-    u"Emoji: 👨\u200D👩\u200D👧 👍🏽 ❤\uFE0F 🇸🇪🇫🇮 #️⃣ café naïve Zoë résumé ñandú\n",
+    u"Emoji: 👨\u200D👩\u200D👧 👍🏽 ❤\uFE0F 🇸🇪🇫🇮 #️⃣ café naïve Zoë résumé "
+    u"ñandú\n",
     u"for (int i = 0; i < n; ++i) { total_count += values[i] * 2.5e-3; }\n"
     u"\tif (a->b && c::d) return \"x:y\"; // TODO(me): 1,2,3\n",
 };
 
 TEST(SelectionCountDifferential, TheScanRunsForTheUsualLocales) {
+    // The scan knows ICU's rules by the hash of their text, recorded from ICU 72; another ICU
+    // counts through ICU alone, correctly and slowly, until its rules are checked and recorded.
+    if (U_ICU_VERSION_MAJOR_NUM != 72) GTEST_SKIP() << "word rules recorded from ICU 72 only";
     for (const char* name : locales) {
         EXPECT_TRUE(SegmentCounter(icu::Locale(name)).scans()) << name;
     }

@@ -48,6 +48,7 @@ TEST(QuodStreaming, WindowsCutAnywhereGiveTheWholeTextResult) {
         {"transform", "latinToGreek"},
         {"transform", "toXMLHex"},
         {"transform", "latinToKatakana"},
+        {"count"},
     };
     for (const std::string& input : inputs) {
         for (const auto& command : commands) {

@@ -424,12 +424,35 @@ TextEdit xmlEscapeEdit(const ParsedArguments&, std::vector<std::string>&) {
     return {.apply = Text::prepareForXML, .inPieces = linePieces(Text::prepareStringForXML)};
 }
 
+std::string countReport(const Text::SelectionCount& count) {
+    return "characters: " + std::to_string(count.characters) +
+           "\nwords: " + std::to_string(count.words) + "\n";
+}
+
+// Counting needs whole characters only: the counter carries a cluster or word across pieces.
+class CountPieces : public PieceRewrite {
+  public:
+    Cut cut() const override { return Cut::characterStart; }
+    void rewrite(std::string_view piece, std::string&) override {
+        counter_.add(decodePiece(piece));
+    }
+    void finish(std::string& out) override { out += countReport(counter_.count()); }
+
+  private:
+    Text::SelectionCounter counter_;
+};
+
 TextEdit countEdit(const ParsedArguments&, std::vector<std::string>&) {
-    return {.reach = Reach::wholeLines, .report = [](const QuodTextView& view) {
-                const auto count = Text::selectionCount(view.string(), {view.selectedRange()});
-                return "characters: " + std::to_string(count.characters) +
-                       "\nwords: " + std::to_string(count.words) + "\n";
-            }};
+    return {.reach = Reach::wholeLines,
+            .report =
+                [](const QuodTextView& view) {
+                    Text::SelectionCounter counter;
+                    view.textStorage().forEachPiece(
+                        view.selectedRange(),
+                        [&counter](std::u16string_view piece) { counter.add(piece); });
+                    return countReport(counter.count());
+                },
+            .inPieces = [] { return std::make_unique<CountPieces>(); }};
 }
 
 template <EditFactory factory, const auto& options>
