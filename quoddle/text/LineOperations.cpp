@@ -171,34 +171,21 @@ class SortKeys {
     std::size_t capacity_ = 0;
 };
 
-// The lines of `source` in localized standard order; equal lines keep their order. Keys are made
-// and sorted in two halves on two threads, then merged.
+// The lines of `source` in localized standard order; equal lines keep their order. The keys, the
+// costly part, are made in two halves on two threads; the sort itself is one std::stable_sort
+// over all lines, as localizedStandardOrder does it. That matters beyond speed: the tie-break
+// between lines with equal keys is not transitive when digit runs are split or written in other
+// scripts ("é1" < "\x01é01" < "é１" < "é1"), and a different sorting algorithm would then order
+// such lines differently from the way they have always been ordered.
 std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, bool reverse) {
-    // Lines whose keys are equal need their texts, read back from the storage.
-    const auto before = [&storage, reverse](const std::byte* a, const std::byte* b) {
-        const int bytes = std::strcmp(SortKeys::key(a), SortKeys::key(b));
-        std::weak_ordering order = bytes < 0   ? std::weak_ordering::less
-                                   : bytes > 0 ? std::weak_ordering::greater
-                                               : std::weak_ordering::equivalent;
-        if (order == 0) {
-            thread_local std::u16string textA;
-            thread_local std::u16string textB;
-            order = localizedStandardTieBreak(readLine(storage, SortKeys::slice(a), textA),
-                                              readLine(storage, SortKeys::slice(b), textB));
-        }
-        if (order != 0) return reverse ? order > 0 : order < 0;
-        // Only identical lines get here: the earlier one stays first.
-        return SortKeys::slice(a).start < SortKeys::slice(b).start;
-    };
     struct Half {
         SortKeys keys;
         std::vector<const std::byte*> entries;
     };
-    const auto sortHalf = [&](Range range, Half& half) {
+    const auto makeKeys = [&storage](Range range, Half& half) {
         forEachLine(storage, range, [&half](LineSlice line, std::u16string_view text) {
             half.entries.push_back(half.keys.add(line, text));
         });
-        std::sort(half.entries.begin(), half.entries.end(), before);
     };
     // The second half starts at a line start near the middle; small sources stay on one thread.
     constexpr int64_t parallelFrom = 64 * 1024;
@@ -212,20 +199,34 @@ std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, boo
     {
         std::jthread helper;
         if (middle < source.end()) {
-            helper = std::jthread([&] { sortHalf({middle, source.end() - middle}, second); });
+            helper = std::jthread([&] { makeKeys({middle, source.end() - middle}, second); });
         }
-        sortHalf({source.location, middle - source.location}, first);
+        makeKeys({source.location, middle - source.location}, first);
+    }
+    std::vector<const std::byte*>& entries = first.entries;
+    entries.insert(entries.end(), second.entries.begin(), second.entries.end());
+    second.entries = {};
+
+    std::u16string textA;
+    std::u16string textB;
+    const auto compare = [&](const std::byte* a, const std::byte* b) {
+        const int bytes = std::strcmp(SortKeys::key(a), SortKeys::key(b));
+        if (bytes != 0) return bytes < 0 ? std::weak_ordering::less : std::weak_ordering::greater;
+        // Equal keys: the texts decide, read back from the storage.
+        return localizedStandardTieBreak(readLine(storage, SortKeys::slice(a), textA),
+                                         readLine(storage, SortKeys::slice(b), textB));
+    };
+    if (reverse) {
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const std::byte* a, const std::byte* b) { return compare(a, b) > 0; });
+    } else {
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const std::byte* a, const std::byte* b) { return compare(a, b) < 0; });
     }
     std::vector<LineSlice> order;
-    order.reserve(first.entries.size() + second.entries.size());
-    auto a = first.entries.begin();
-    auto b = second.entries.begin();
-    while (a != first.entries.end() || b != second.entries.end()) {
-        // Ties go to the first half, which holds the earlier lines.
-        const bool takeSecond =
-            a == first.entries.end() || (b != second.entries.end() && before(*b, *a));
-        order.push_back(SortKeys::slice(takeSecond ? *b++ : *a++));
-    }
+    order.reserve(entries.size());
+    for (const std::byte* entry : entries)
+        order.push_back(SortKeys::slice(entry));
     return order;
 }
 
