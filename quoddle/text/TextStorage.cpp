@@ -379,15 +379,25 @@ void TextStorage::replaceCharactersInRange(Range range, std::u16string_view text
 
 TextStorage TextStorage::exchangeCharactersInRange(Range range, TextStorage&& text) {
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
-    if (range.location == 0 && range.length == length() && tree_->sizes == text.tree_->sizes) {
-        const int64_t delta = checkedSubtract(text.length(), range.length);
-        std::swap(tree_, text.tree_);
-        didProcessEditing.emit(TextStorageEdit{{0, length()}, delta});
-        return std::move(text);
+    // Trading chunks pays when the text around the range is no longer than the range: that text
+    // is copied over into `text`, the two trade their chunks whole, and the old text is cut down
+    // to the range. Otherwise copying the range out costs less.
+    const int64_t around = length() - range.length;
+    if (around > range.length || !(tree_->sizes == text.tree_->sizes)) {
+        TextStorage replaced = storageWithRange(range);
+        replaceCharactersInRange(range, text);
+        return replaced;
     }
-    TextStorage replaced = storageWithRange(range);
-    replaceCharactersInRange(range, text);
-    return replaced;
+    const int64_t inserted = text.length();
+    text.replaceCharactersInRange({0, 0}, substringWithRange({0, range.location}));
+    text.replaceCharactersInRange({text.length(), 0},
+                                  substringWithRange({range.end(), length() - range.end()}));
+    std::swap(tree_, text.tree_);
+    text.replaceCharactersInRange({range.end(), text.length() - range.end()}, u"");
+    text.replaceCharactersInRange({0, range.location}, u"");
+    didProcessEditing.emit(
+        TextStorageEdit{{range.location, inserted}, checkedSubtract(inserted, range.length)});
+    return std::move(text);
 }
 
 void TextStorage::replaceCharactersInRange(Range range, const TextStorage& text) {

@@ -82,9 +82,9 @@ class QUODDLE_EXPORT TextStorage {
     void replaceCharactersInRange(Range range, std::u16string_view text);
     void replaceCharactersInRange(Range range, const TextStorage& text);
     // Replaces `range` with `text` and answers what the range held, as a storage of its own. When
-    // the range is the whole text (and `text` was cut into chunks as this storage cuts them), the
-    // two simply trade their chunks: a whole-text rewrite of a large document and its undo record
-    // then cost no copy at all.
+    // the range is most of the text (and `text` was cut into chunks as this storage cuts them,
+    // see Builder), the two trade their chunks and only the text around the range is copied: a
+    // rewrite of nearly a whole large document and its undo record then cost no copy of it.
     [[nodiscard]] TextStorage exchangeCharactersInRange(Range range, TextStorage&& text);
 
     Signal<TextStorage, const TextStorageEdit&> didProcessEditing;
