@@ -238,12 +238,13 @@ bool isNewlineUnit(char16_t unit) {
 // forms are equal exactly when lines are canonically equivalent; most lines are composed already
 // and are hashed where they stand, only the others are composed (into a scratch string).
 //
-// An open-addressing table of one word a line seen: the line's start in the source (40 bits) and
+// An open-addressing table of one word a line kept: its place among the kept lines (40 bits) and
 // 24 more bits of its hash, so that a probe reads the storage again only for a likely duplicate.
 std::vector<LineSlice> firstOccurrences(const TextStorage& storage, Range source) {
-    constexpr int startBits = 40;
-    constexpr uint64_t startMask = (uint64_t{1} << startBits) - 1;
-    QUOD_PRECONDITION(source.length < static_cast<int64_t>(startMask), "text too long to dedupe");
+    constexpr int indexBits = 40;
+    constexpr uint64_t indexMask = (uint64_t{1} << indexBits) - 1;
+    // Never reached in memory: a line takes a unit at least, with its terminator.
+    QUOD_PRECONDITION(source.length < static_cast<int64_t>(indexMask), "text too long to dedupe");
     const int64_t lineBound = storage.lineIndexOfPosition(source.end()) -
                               storage.lineIndexOfPosition(source.location) + 1;
     std::size_t capacity = 16;
@@ -264,17 +265,15 @@ std::vector<LineSlice> firstOccurrences(const TextStorage& storage, Range source
     forEachLine(storage, source, [&](LineSlice line, std::u16string_view text) {
         const std::u16string_view key = composedForm(text, composed);
         const std::size_t hash = hasher(key);
-        const uint64_t tag = static_cast<uint64_t>(hash >> startBits) << startBits;
+        const uint64_t tag = static_cast<uint64_t>(hash >> indexBits) << indexBits;
         std::size_t at = hash & mask;
         for (; slots[at] != 0; at = (at + 1) & mask) {
-            if ((slots[at] & ~startMask) != tag) continue;
-            const int64_t start = source.location + static_cast<int64_t>(slots[at] & startMask) - 1;
-            const LineBounds bounds = storage.lineBoundsForRange({start, 0});
-            const auto other = readLine(storage, {start, bounds.contentsEnd - start}, earlier);
-            if (composedForm(other, earlierComposed) == key) return;
+            if ((slots[at] & ~indexMask) != tag) continue;
+            const LineSlice& kept = firsts[(slots[at] & indexMask) - 1];
+            if (composedForm(readLine(storage, kept, earlier), earlierComposed) == key) return;
         }
-        slots[at] = tag | static_cast<uint64_t>(line.start - source.location + 1);
         firsts.push_back(line);
+        slots[at] = tag | static_cast<uint64_t>(firsts.size());
     });
     return firsts;
 }
