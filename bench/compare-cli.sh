@@ -67,6 +67,18 @@ compare "quod sort" "sort -f" \
   "'$quod' sort '$input' > '$work/out'" "sort -f '$input' > '$work/out'"
 compare "quod unique" "awk '!seen[\$0]++'" \
   "'$quod' unique '$input' > '$work/out'" "awk '!seen[\$0]++' '$input' > '$work/out'"
+compare "quod unique" "uniq" \
+  "'$quod' unique '$input' > '$work/out'" "uniq '$input' > '$work/out'"
+# Peak resident memory of sort and unique per byte of the input (the decoded text, the keys or
+# the table, the rebuilt text and the undo record of the old one, and the mapped input itself).
+if [[ -x /usr/bin/time ]]; then
+  input_bytes=$(stat -c %s "$input")
+  for command in sort unique; do
+    kilobytes=$( { /usr/bin/time -f %M "$quod" "$command" "$input" > "$work/out"; } 2>&1 | tail -1)
+    printf 'quod %-31s peak %s MiB, %s bytes per input byte\n' "$command" "$((kilobytes / 1024))" \
+      "$(awk -v k="$kilobytes" -v b="$input_bytes" 'BEGIN { printf "%.2f", k * 1024 / b }')"
+  done
+fi
 compare "quod count" "wc -m -w" \
   "'$quod' count '$input'" "wc -m -w '$input'"
 compare "quod encoding" "uchardet" \
