@@ -1,6 +1,7 @@
 // Line operations: sort and unique from 10^4 to 10^6 lines (with GNU sort -f and uniq on the same
-// lines for orientation), per-line operations over 100,000 lines of a 10 MB and a 100 MB document,
-// and line moves in a 100 MB document.
+// lines for orientation), sort and unique of the whole generated document at 1, 10 and 100 MB
+// (the keys, the sort, the rebuilt text and its undo record together), per-line operations over
+// 100,000 lines of a 10 MB and a 100 MB document, and line moves in a 100 MB document.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -89,6 +90,35 @@ void BM_Unique(benchmark::State& state) {
         state, [](QuodTextView& view) { Text::unique(view); }, "uniq");
 }
 BENCHMARK(BM_Unique)->Apply(lineCounts)->Iterations(3);
+
+// Sort or unique of a whole generated document of `state.range(0)` MB, as an editor's select-all
+// and sort would do it; making the view is not timed.
+template <typename Operation>
+void runOnDocument(benchmark::State& state, Operation operation) {
+    const std::u16string& text = utf16Document(state.range(0) * megabyte);
+    for (auto _ : state) {
+        state.PauseTiming();
+        QuodTextView view(text);
+        state.ResumeTiming();
+        operation(view);
+        benchmark::DoNotOptimize(view.length());
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0) * megabyte);
+}
+
+void documentMegabytes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(1)->Arg(10)->Arg(100)->Iterations(3)->Unit(benchmark::kMillisecond);
+}
+
+void BM_SortDocument(benchmark::State& state) {
+    runOnDocument(state, [](QuodTextView& view) { Text::sort(view, false); });
+}
+BENCHMARK(BM_SortDocument)->Apply(documentMegabytes);
+
+void BM_UniqueDocument(benchmark::State& state) {
+    runOnDocument(state, [](QuodTextView& view) { Text::unique(view); });
+}
+BENCHMARK(BM_UniqueDocument)->Apply(documentMegabytes);
 
 // The generated document with every line indented by two spaces and a trailing space, so that
 // shifting left and trimming have something to remove on every line.

@@ -14,6 +14,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -33,5 +34,20 @@ enum class SortOrder { ascending, descending };
 [[nodiscard]] QUODDLE_EXPORT std::vector<std::size_t> localizedStandardOrder(
     const std::vector<std::u16string_view>& strings, SortOrder order,
     const icu::Locale& locale = currentLocale());
+
+// For callers that keep collation keys of their own (many strings held elsewhere, keys computed in
+// parallel): writes the collation key of `text` to `key`, at most `capacity` bytes, and answers its
+// length; when that exceeds `capacity`, nothing useful was written: call again with the room it
+// asks for. Keys compare as localizedStandardCompare compares their strings (bytes by memcmp, then
+// a shorter key first) except where it breaks ties: equal keys are then ordered by
+// localizedStandardTieBreak. Safe to call from several threads at once.
+[[nodiscard]] QUODDLE_EXPORT std::size_t localizedStandardKey(
+    std::u16string_view text, std::uint8_t* key, std::size_t capacity,
+    const icu::Locale& locale = currentLocale());
+
+// Orders two strings whose collation keys are equal: by their digit runs ("a1" before "a01"),
+// then by UTF-16 units; equivalent only when identical.
+[[nodiscard]] QUODDLE_EXPORT std::weak_ordering localizedStandardTieBreak(std::u16string_view a,
+                                                                          std::u16string_view b);
 
 }  // namespace quod

@@ -1,12 +1,16 @@
 #include "quoddle/text/LineOperations.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "quoddle/base/Precondition.h"
 #include "quoddle/strings/CharacterSets.h"
 #include "quoddle/strings/LineEnding.h"
 #include "quoddle/strings/LineFunctions.h"
@@ -32,71 +36,245 @@ void replaceInLines(QuodTextView& view, std::u16string_view target,
     view.setSelectedRange({clampToText(view, selection.location), 0});
 }
 
-std::u16string joinWithLineFeeds(const std::vector<std::u16string_view>& lines) {
-    std::size_t size = lines.empty() ? 0 : lines.size() - 1;
-    for (const auto line : lines)
-        size += line.size();
-    std::u16string joined;
-    joined.reserve(size);
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (i > 0) joined += u'\n';
-        joined += lines[i];
-    }
-    return joined;
-}
+// sort and unique read the lines touched by the raw selection and put the rebuilt lines, joined
+// with LF, in place of the raw selection itself (the whole text when it is empty). Neither holds
+// the selection in UTF-16: lines are read from the storage piece by piece, remembered as slices
+// (where they start, how long they are), and the result is built chunk by chunk.
+struct SelectedLines {
+    Range source;  // whole lines
+    Range target;  // what the result replaces
+};
 
-// sort and unique: the lines touched by the raw selection are rebuilt and put in place of the raw
-// selection itself (the whole text when it is empty).
-template <typename Rebuild>
-void rebuildSelectedLines(QuodTextView& view, Rebuild rebuild) {
-    QuodTextView::UndoGroup command(view);
+SelectedLines selectedLines(const QuodTextView& view) {
     const TextStorage& storage = view.textStorage();
     const Range raw = view.selectedRange();
-    Range source{0, view.length()};
-    Range target = source;
-    if (raw.length > 0) {
-        const int64_t start = storage.lineRangeForRange(raw).location;
-        const int64_t end = lineOf(view, raw.end()).end();
-        source = {start, end - start};
-        target = raw;
+    if (raw.length == 0) return {{0, view.length()}, {0, view.length()}};
+    const int64_t start = storage.lineRangeForRange(raw).location;
+    const int64_t end = lineOf(view, raw.end()).end();
+    return {{start, end - start}, raw};
+}
+
+// A line's contents (terminator excluded) as a stretch of the storage.
+struct LineSlice {
+    int64_t start = 0;
+    int64_t length = 0;
+};
+
+// Visits the contents of each line of `source` (whole lines) in order, as enumerateLines would
+// yield them, with where each starts. A line that crosses a piece border is put together in a
+// buffer; the others are visited where they lie in the piece.
+template <typename Visit>
+void forEachLine(const TextStorage& storage, Range source, Visit&& visit) {
+    std::u16string pending;
+    int64_t pendingStart = 0;
+    int64_t offset = source.location;
+    std::vector<int64_t> ends;
+    storage.forEachPiece(source, [&](std::u16string_view piece) {
+        ends.clear();
+        // Chunks never part a CR from its LF, so a piece's last CR ends a line of its own.
+        appendLineStarts(piece, 0, false, ends);
+        std::size_t start = 0;
+        for (const int64_t end : ends) {
+            const auto stop = static_cast<std::size_t>(end);
+            const bool pair =
+                stop >= start + 2 && piece[stop - 1] == u'\n' && piece[stop - 2] == u'\r';
+            const std::u16string_view contents = piece.substr(start, stop - start - (pair ? 2 : 1));
+            if (pending.empty()) {
+                visit(LineSlice{offset + static_cast<int64_t>(start), std::ssize(contents)},
+                      contents);
+            } else {
+                pending += contents;
+                visit(LineSlice{pendingStart, std::ssize(pending)}, std::u16string_view(pending));
+                pending.clear();
+            }
+            start = stop;
+        }
+        if (start < piece.size()) {
+            if (pending.empty()) pendingStart = offset + static_cast<int64_t>(start);
+            pending += piece.substr(start);
+        }
+        offset += std::ssize(piece);
+    });
+    if (!pending.empty())
+        visit(LineSlice{pendingStart, std::ssize(pending)}, std::u16string_view(pending));
+}
+
+// Copies a line's contents out of the storage into `buffer` and answers a view of it.
+std::u16string_view readLine(const TextStorage& storage, LineSlice line, std::u16string& buffer) {
+    buffer.clear();
+    storage.forEachPiece({line.start, line.length},
+                         [&buffer](std::u16string_view piece) { buffer += piece; });
+    return buffer;
+}
+
+// Builds the result from slices of the storage in the given order, joined with LF, and puts it in
+// place of the target as one undo step.
+void replaceWithLines(QuodTextView& view, const SelectedLines& lines,
+                      const std::vector<LineSlice>& order) {
+    const TextStorage& storage = view.textStorage();
+    TextStorage::Builder builder(storage);
+    const auto append = [&builder](std::u16string_view piece) { builder.append(piece); };
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i > 0) builder.append(u"\n");
+        storage.forEachPiece({order[i].start, order[i].length}, append);
     }
-    const std::u16string text = textOf(view, source);
-    view.replaceWithUndo(joinWithLineFeeds(rebuild(enumerateLines(text))), target, true);
+    view.replaceWithUndo(builder.finish(), lines.target, true);
+}
+
+// Collation keys of a run of lines, each behind its slice, in blocks of memory that never move:
+// an entry is a LineSlice followed by the key, which ends with ICU's terminating zero byte (the
+// only zero in it), so keys compare as C strings of unsigned bytes.
+class SortKeys {
+  public:
+    const std::byte* add(LineSlice line, std::u16string_view text) {
+        const std::size_t guess = text.size() * 2 + 16;
+        std::byte* entry = reserve(sizeof(LineSlice) + guess);
+        std::memcpy(entry, &line, sizeof line);
+        auto* key = reinterpret_cast<uint8_t*>(entry + sizeof(LineSlice));
+        std::size_t needed = localizedStandardKey(text, key, guess);
+        if (needed > guess) {
+            entry = reserve(sizeof(LineSlice) + needed);
+            std::memcpy(entry, &line, sizeof line);
+            key = reinterpret_cast<uint8_t*>(entry + sizeof(LineSlice));
+            needed = localizedStandardKey(text, key, needed);
+        }
+        used_ += alignUp(sizeof(LineSlice) + needed);
+        return entry;
+    }
+
+    static LineSlice slice(const std::byte* entry) {
+        LineSlice line;
+        std::memcpy(&line, entry, sizeof line);
+        return line;
+    }
+    static const char* key(const std::byte* entry) {
+        return reinterpret_cast<const char*>(entry + sizeof(LineSlice));
+    }
+
+  private:
+    static constexpr std::size_t blockSize = std::size_t{1} << 20;
+    static std::size_t alignUp(std::size_t size) {
+        return (size + alignof(LineSlice) - 1) & ~(alignof(LineSlice) - 1);
+    }
+    // Room for `size` bytes at the end of the last block, starting a block when it has none.
+    std::byte* reserve(std::size_t size) {
+        if (blocks_.empty() || used_ + size > capacity_) {
+            capacity_ = std::max(blockSize, alignUp(size));
+            blocks_.push_back(std::make_unique<std::byte[]>(capacity_));
+            used_ = 0;
+        }
+        return blocks_.back().get() + used_;
+    }
+
+    std::vector<std::unique_ptr<std::byte[]>> blocks_;
+    std::size_t used_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+// The lines of `source` in localized standard order; equal lines keep their order. The keys, the
+// costly part, are made in two halves on two threads; the sort itself is one std::stable_sort
+// over all lines, as localizedStandardOrder does it. That matters beyond speed: the tie-break
+// between lines with equal keys is not transitive when digit runs are split or written in other
+// scripts ("é1" < "\x01é01" < "é１" < "é1"), and a different sorting algorithm would then order
+// such lines differently from the way they have always been ordered.
+std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, bool reverse) {
+    struct Half {
+        SortKeys keys;
+        std::vector<const std::byte*> entries;
+    };
+    const auto makeKeys = [&storage](Range range, Half& half) {
+        forEachLine(storage, range, [&half](LineSlice line, std::u16string_view text) {
+            half.entries.push_back(half.keys.add(line, text));
+        });
+    };
+    // The second half starts at a line start near the middle; small sources stay on one thread.
+    constexpr int64_t parallelFrom = 64 * 1024;
+    int64_t middle = source.end();
+    if (source.length >= parallelFrom) {
+        middle = storage.lineRangeForRange({source.location + source.length / 2, 0}).location;
+        middle = std::max(middle, source.location);
+    }
+    Half first;
+    Half second;
+    {
+        std::jthread helper;
+        if (middle < source.end()) {
+            helper = std::jthread([&] { makeKeys({middle, source.end() - middle}, second); });
+        }
+        makeKeys({source.location, middle - source.location}, first);
+    }
+    std::vector<const std::byte*>& entries = first.entries;
+    entries.insert(entries.end(), second.entries.begin(), second.entries.end());
+    second.entries = {};
+
+    std::u16string textA;
+    std::u16string textB;
+    const auto compare = [&](const std::byte* a, const std::byte* b) {
+        const int bytes = std::strcmp(SortKeys::key(a), SortKeys::key(b));
+        if (bytes != 0) return bytes < 0 ? std::weak_ordering::less : std::weak_ordering::greater;
+        // Equal keys: the texts decide, read back from the storage.
+        return localizedStandardTieBreak(readLine(storage, SortKeys::slice(a), textA),
+                                         readLine(storage, SortKeys::slice(b), textB));
+    };
+    if (reverse) {
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const std::byte* a, const std::byte* b) { return compare(a, b) > 0; });
+    } else {
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const std::byte* a, const std::byte* b) { return compare(a, b) < 0; });
+    }
+    std::vector<LineSlice> order;
+    order.reserve(entries.size());
+    for (const std::byte* entry : entries)
+        order.push_back(SortKeys::slice(entry));
+    return order;
 }
 
 bool isNewlineUnit(char16_t unit) {
     return isNewline(unit);
 }
 
-// The indexes of the first occurrence of each distinct key, in order. An open-addressing table of
-// (hash, index) pairs: a million lines stay within a few cache-friendly arrays instead of a
-// million hash nodes.
-std::vector<std::size_t> firstOccurrences(const std::vector<std::u16string_view>& keys) {
-    struct Slot {
-        std::size_t hash = 0;
-        std::size_t index = SIZE_MAX;
-    };
+// The first line of each group of canonically equivalent lines of `source`, in order. Composed
+// forms are equal exactly when lines are canonically equivalent; most lines are composed already
+// and are hashed where they stand, only the others are composed (into a scratch string).
+//
+// An open-addressing table of one word a line kept: its place among the kept lines (40 bits) and
+// 24 more bits of its hash, so that a probe reads the storage again only for a likely duplicate.
+std::vector<LineSlice> firstOccurrences(const TextStorage& storage, Range source) {
+    constexpr int indexBits = 40;
+    constexpr uint64_t indexMask = (uint64_t{1} << indexBits) - 1;
+    // Never reached in memory: a line takes a unit at least, with its terminator.
+    QUOD_PRECONDITION(source.length < static_cast<int64_t>(indexMask), "text too long to dedupe");
+    const int64_t lineBound = storage.lineIndexOfPosition(source.end()) -
+                              storage.lineIndexOfPosition(source.location) + 1;
     std::size_t capacity = 16;
-    while (capacity < keys.size() * 2)
+    while (capacity < static_cast<std::size_t>(lineBound) * 3 / 2)
         capacity *= 2;
-    std::vector<Slot> slots(capacity);
+    std::vector<uint64_t> slots(capacity, 0);  // 0: empty
     const std::size_t mask = capacity - 1;
     const std::hash<std::u16string_view> hasher;
-    std::vector<std::size_t> firsts;
-    for (std::size_t index = 0; index < keys.size(); ++index) {
-        const std::size_t hash = hasher(keys[index]);
+    std::u16string composed;
+    std::u16string earlier;
+    std::u16string earlierComposed;
+    const auto composedForm = [](std::u16string_view text, std::u16string& buffer) {
+        if (isCanonicalComposition(text)) return text;
+        buffer = canonicalComposition(text);
+        return std::u16string_view(buffer);
+    };
+    std::vector<LineSlice> firsts;
+    forEachLine(storage, source, [&](LineSlice line, std::u16string_view text) {
+        const std::u16string_view key = composedForm(text, composed);
+        const std::size_t hash = hasher(key);
+        const uint64_t tag = static_cast<uint64_t>(hash >> indexBits) << indexBits;
         std::size_t at = hash & mask;
-        bool seen = false;
-        for (; slots[at].index != SIZE_MAX; at = (at + 1) & mask) {
-            if (slots[at].hash == hash && keys[slots[at].index] == keys[index]) {
-                seen = true;
-                break;
-            }
+        for (; slots[at] != 0; at = (at + 1) & mask) {
+            if ((slots[at] & ~indexMask) != tag) continue;
+            const LineSlice& kept = firsts[(slots[at] & indexMask) - 1];
+            if (composedForm(readLine(storage, kept, earlier), earlierComposed) == key) return;
         }
-        if (seen) continue;
-        slots[at] = {hash, index};
-        firsts.push_back(index);
-    }
+        firsts.push_back(line);
+        slots[at] = tag | static_cast<uint64_t>(firsts.size());
+    });
     return firsts;
 }
 
@@ -184,35 +362,15 @@ void removeLineEndingsInSelection(QuodTextView& view) {
 }
 
 void sort(QuodTextView& view, bool reverse) {
-    rebuildSelectedLines(view, [reverse](std::vector<std::u16string_view> lines) {
-        const auto order =
-            localizedStandardOrder(lines, reverse ? SortOrder::descending : SortOrder::ascending);
-        std::vector<std::u16string_view> sorted;
-        sorted.reserve(lines.size());
-        for (const std::size_t index : order)
-            sorted.push_back(lines[index]);
-        return sorted;
-    });
+    QuodTextView::UndoGroup command(view);
+    const SelectedLines lines = selectedLines(view);
+    replaceWithLines(view, lines, sortedLines(view.textStorage(), lines.source, reverse));
 }
 
 void unique(QuodTextView& view) {
-    rebuildSelectedLines(view, [](std::vector<std::u16string_view> lines) {
-        // Composed forms are equal exactly when lines are canonically equivalent. Most lines are
-        // composed already and are compared where they stand; only the others get a composed copy.
-        std::deque<std::u16string> composedCopies;
-        std::vector<std::u16string_view> keys;
-        keys.reserve(lines.size());
-        for (const auto line : lines) {
-            keys.push_back(
-                isCanonicalComposition(line)
-                    ? line
-                    : std::u16string_view(composedCopies.emplace_back(canonicalComposition(line))));
-        }
-        std::vector<std::u16string_view> kept;
-        for (const std::size_t index : firstOccurrences(keys))
-            kept.push_back(lines[index]);
-        return kept;
-    });
+    QuodTextView::UndoGroup command(view);
+    const SelectedLines lines = selectedLines(view);
+    replaceWithLines(view, lines, firstOccurrences(view.textStorage(), lines.source));
 }
 
 void moveUp(QuodTextView& view) {

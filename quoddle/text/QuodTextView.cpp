@@ -221,4 +221,18 @@ void QuodTextView::replaceWithUndo(std::u16string_view newText, Range range, boo
     if (select) setSelectedRange({range.location, static_cast<int64_t>(newText.size())});
 }
 
+void QuodTextView::replaceWithUndo(TextStorage&& newText, Range range, bool select) {
+    UndoGroup group(*this);
+    // Only a delegate needs the string; without one, none is made.
+    const std::u16string asked = delegate_.expired() ? std::u16string() : newText.string();
+    if (!shouldChangeText(range, asked)) return;
+    QUOD_PRECONDITION(range.isInside(length()), "change outside the text");
+    const int64_t newLength = newText.length();
+    TextStorage replaced = storage_.exchangeCharactersInRange(range, std::move(newText));
+    if (openChanges_ > 0) undoManager_.registerReplacement(range, newLength, std::move(replaced));
+    adjustSelectionForReplacement(range, newLength);
+    didChangeText();
+    if (select) setSelectedRange({range.location, newLength});
+}
+
 }  // namespace quod

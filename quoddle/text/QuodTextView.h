@@ -107,6 +107,10 @@ class QUODDLE_EXPORT QuodTextView {
     void selectLineNumber(int64_t line);
     // The one path by which operations change text; with select true the new text ends selected.
     void replaceWithUndo(std::u16string_view newText, Range range, bool select);
+    // The same for a replacement built as a storage (TextStorage::Builder): it goes in without a
+    // UTF-16 copy, and a replaced whole text goes to the undo record as it is. A delegate is still
+    // asked about the replacement as a string.
+    void replaceWithUndo(TextStorage&& newText, Range range, bool select);
 
     // --- Signals ---
     Signal<QuodTextView> textDidChange;

@@ -129,8 +129,8 @@ TextStorage TextStorage::fromUtf8(std::string_view bytes) {
             chunks.push_back(std::make_unique<TextChunk>(std::move(*latin1)));
         } else {
             const auto decoded = internal::decodeUtf8(piece, units.data());
-            chunks.push_back(
-                std::make_unique<TextChunk>(std::u16string_view(units.data(), decoded.unitsWritten)));
+            chunks.push_back(std::make_unique<TextChunk>(
+                std::u16string_view(units.data(), decoded.unitsWritten)));
         }
         start = end;
     }
@@ -181,25 +181,46 @@ void TextStorage::forEachPiece(Range range,
                                const std::function<void(std::u16string_view)>& visit) const {
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
     std::vector<char16_t> units;
-    tree_->chunks.forEachLeaf(
-        By::units, range.location, range.end(),
-        [&](const TextChunk& chunk, const internal::TreeMeasures& before) {
-            const int64_t from = std::max(range.location, before.units);
-            const int64_t to = std::min(range.end(), before.units + chunk.length());
-            units.resize(static_cast<std::size_t>(to - from));
-            chunk.copyOut(from - before.units, to - from, units.data());
-            visit({units.data(), units.size()});
-        });
+    tree_->chunks.forEachLeaf(By::units, range.location, range.end(),
+                              [&](const TextChunk& chunk, const internal::TreeMeasures& before) {
+                                  const int64_t from = std::max(range.location, before.units);
+                                  const int64_t to =
+                                      std::min(range.end(), before.units + chunk.length());
+                                  units.resize(static_cast<std::size_t>(to - from));
+                                  chunk.copyOut(from - before.units, to - from, units.data());
+                                  visit({units.data(), units.size()});
+                              });
 }
 
 TextStorage TextStorage::storageWithRange(Range range) const {
     QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
-    ChunkBuilder builder(tree_->sizes);
+    Builder builder(*this);
     forEachPiece(range, [&](std::u16string_view piece) { builder.append(piece); });
-    Chunks chunks = builder.finish();
+    return builder.finish();
+}
+
+struct TextStorage::Builder::State {
+    explicit State(const ChunkSizes& sizes) : sizes(sizes), chunks(sizes) {}
+    ChunkSizes sizes;
+    ChunkBuilder chunks;
+};
+
+TextStorage::Builder::Builder(const TextStorage& like)
+    : state_(std::make_unique<State>(like.tree_->sizes)) {}
+TextStorage::Builder::Builder(Builder&&) noexcept = default;
+TextStorage::Builder& TextStorage::Builder::operator=(Builder&&) noexcept = default;
+TextStorage::Builder::~Builder() = default;
+
+void TextStorage::Builder::append(std::u16string_view units) {
+    state_->chunks.append(units);
+}
+
+TextStorage TextStorage::Builder::finish() {
+    Chunks chunks = state_->chunks.finish();
+    // The tree always holds a chunk, empty when the text is.
     if (chunks.empty()) chunks.push_back(std::make_unique<TextChunk>());
     return TextStorage(std::make_unique<Tree>(
-        Tree{internal::SummedTree<TextChunk>(std::move(chunks)), tree_->sizes}));
+        Tree{internal::SummedTree<TextChunk>(std::move(chunks)), state_->sizes}));
 }
 
 int64_t TextStorage::lineContaining(int64_t position) const {
@@ -335,10 +356,10 @@ void TextStorage::replaceCharactersInRange(Range range, std::u16string_view text
     // Typing: an edit inside one chunk that leaves its first and last units alone (or has no
     // neighbour there) and keeps it within its sizes changes that chunk in place.
     const ChunkSizes& sizes = tree_->sizes;
-    const bool inPlace = inserted <= sizes.maximum &&
+    const bool inPlace =
+        inserted <= sizes.maximum &&
         tree_->chunks.modifyLeaf(
-            By::units, range.location,
-            [&](TextChunk& chunk, const internal::TreeMeasures& before) {
+            By::units, range.location, [&](TextChunk& chunk, const internal::TreeMeasures& before) {
                 const int64_t start = before.units;
                 const int64_t end = start + chunk.length();
                 const int64_t newLength = chunk.length() + delta;
@@ -354,6 +375,29 @@ void TextStorage::replaceCharactersInRange(Range range, std::u16string_view text
         replaceChunks(range, inserted, [text](ChunkBuilder& builder) { builder.append(text); });
     }
     didProcessEditing.emit(TextStorageEdit{{range.location, inserted}, delta});
+}
+
+TextStorage TextStorage::exchangeCharactersInRange(Range range, TextStorage&& text) {
+    QUOD_PRECONDITION(range.isInside(length()), "range outside the text");
+    // Trading chunks pays when the text around the range is no longer than the range: that text
+    // is copied over into `text`, the two trade their chunks whole, and the old text is cut down
+    // to the range. Otherwise copying the range out costs less.
+    const int64_t around = length() - range.length;
+    if (around > range.length || !(tree_->sizes == text.tree_->sizes)) {
+        TextStorage replaced = storageWithRange(range);
+        replaceCharactersInRange(range, text);
+        return replaced;
+    }
+    const int64_t inserted = text.length();
+    text.replaceCharactersInRange({0, 0}, substringWithRange({0, range.location}));
+    text.replaceCharactersInRange({text.length(), 0},
+                                  substringWithRange({range.end(), length() - range.end()}));
+    std::swap(tree_, text.tree_);
+    text.replaceCharactersInRange({range.end(), text.length() - range.end()}, u"");
+    text.replaceCharactersInRange({0, range.location}, u"");
+    didProcessEditing.emit(
+        TextStorageEdit{{range.location, inserted}, checkedSubtract(inserted, range.length)});
+    return std::move(text);
 }
 
 void TextStorage::replaceCharactersInRange(Range range, const TextStorage& text) {

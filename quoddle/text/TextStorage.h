@@ -4,10 +4,10 @@
 // Every edit, wherever it happens, costs O(log n) plus the size of the edit; so do the line
 // questions (the line of a position, the start of a line, `lineRangeForRange`), without scanning.
 // Chunks of mostly Latin-1 text keep one byte per unit, so a mostly-ASCII document takes little
-// more memory than its UTF-8 file. Every position and length counts UTF-16 units; ranges outside the text are
-// programming errors that stop the process. Each replacement tells `didProcessEditing` observers
-// the range the new text occupies and the change in length, so that they can update their own
-// indexes without a rescan.
+// more memory than its UTF-8 file. Every position and length counts UTF-16 units; ranges outside
+// the text are programming errors that stop the process. Each replacement tells `didProcessEditing`
+// observers the range the new text occupies and the change in length, so that they can update their
+// own indexes without a rescan.
 #pragma once
 
 #include <cstdint>
@@ -81,6 +81,11 @@ class QUODDLE_EXPORT TextStorage {
 
     void replaceCharactersInRange(Range range, std::u16string_view text);
     void replaceCharactersInRange(Range range, const TextStorage& text);
+    // Replaces `range` with `text` and answers what the range held, as a storage of its own. When
+    // the range is most of the text (and `text` was cut into chunks as this storage cuts them,
+    // see Builder), the two trade their chunks and only the text around the range is copied: a
+    // rewrite of nearly a whole large document and its undo record then cost no copy of it.
+    [[nodiscard]] TextStorage exchangeCharactersInRange(Range range, TextStorage&& text);
 
     Signal<TextStorage, const TextStorageEdit&> didProcessEditing;
 
@@ -91,8 +96,27 @@ class QUODDLE_EXPORT TextStorage {
         int64_t target = 2048;
         int64_t minimum = 512;
         int64_t maximum = 4096;
+        friend bool operator==(const ChunkSizes&, const ChunkSizes&) = default;
     };
     TextStorage(std::u16string_view text, ChunkSizes sizes);
+
+    // Makes a storage from units appended in order, cut into chunks as they arrive, so that a
+    // large text put together piece by piece (sorted lines, say) never exists whole in UTF-16.
+    class QUODDLE_EXPORT Builder {
+      public:
+        // Chunks are cut as `like` cuts its own, so the result can trade places with it.
+        explicit Builder(const TextStorage& like);
+        Builder(Builder&&) noexcept;
+        Builder& operator=(Builder&&) noexcept;
+        ~Builder();
+        void append(std::u16string_view units);
+        // The storage of everything appended. Call once.
+        [[nodiscard]] TextStorage finish();
+
+      private:
+        struct State;
+        std::unique_ptr<State> state_;
+    };
 
   private:
     struct Tree;

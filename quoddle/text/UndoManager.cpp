@@ -20,10 +20,15 @@ int64_t lengthOf(const std::variant<std::u16string, TextStorage>& text) {
 }  // namespace
 
 void UndoManager::Replacement::swap(TextStorage& storage) {
-    auto current = keep(storage, range);
     const int64_t restoredLength = lengthOf(text);
-    std::visit([&](const auto& restored) { storage.replaceCharactersInRange(range, restored); },
-               text);
+    if (auto* restored = std::get_if<TextStorage>(&text)) {
+        // Storages trade chunks where they can (see exchangeCharactersInRange).
+        text = storage.exchangeCharactersInRange(range, std::move(*restored));
+        range.length = restoredLength;
+        return;
+    }
+    auto current = keep(storage, range);
+    storage.replaceCharactersInRange(range, std::get<std::u16string>(text));
     range.length = restoredLength;
     // A swap, not a move: moving a short string into a long one would keep the long one's buffer.
     text.swap(current);
@@ -47,6 +52,19 @@ void UndoManager::registerReplacement(const TextStorage& storage, Range range, i
     QUOD_PRECONDITION(newLength >= 0, "negative replacement length");
     redoStack_.clear();
     open_->replacements.push_back({{range.location, newLength}, keep(storage, range)});
+}
+
+void UndoManager::registerReplacement(Range range, int64_t newLength, TextStorage&& replaced) {
+    QUOD_PRECONDITION(level_ > 0, "a replacement is recorded only inside an undo group");
+    QUOD_PRECONDITION(newLength >= 0, "negative replacement length");
+    redoStack_.clear();
+    std::variant<std::u16string, TextStorage> kept;
+    if (range.length < compactFrom) {
+        kept = replaced.string();
+    } else {
+        kept = std::move(replaced);
+    }
+    open_->replacements.push_back({{range.location, newLength}, std::move(kept)});
 }
 
 std::optional<Range> UndoManager::undo(TextStorage& storage) {

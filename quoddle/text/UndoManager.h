@@ -34,6 +34,10 @@ class QUODDLE_EXPORT UndoManager {
     // Records that `range` of `storage` is about to be replaced by `newLength` units. Call inside a
     // group, before the replacement.
     void registerReplacement(const TextStorage& storage, Range range, int64_t newLength);
+    // Records a replacement that has already happened, given the text it took out of `range`
+    // (now `newLength` units long): for callers that exchanged whole storages and so hold the
+    // replaced text without copying it.
+    void registerReplacement(Range range, int64_t newLength, TextStorage&& replaced);
 
     [[nodiscard]] bool canUndo() const { return !undoStack_.empty(); }
     [[nodiscard]] bool canRedo() const { return !redoStack_.empty(); }
@@ -49,7 +53,7 @@ class QUODDLE_EXPORT UndoManager {
 
   private:
     struct Replacement {
-        Range range;                                    // where the text to be swapped out lies now
+        Range range;  // where the text to be swapped out lies now
         std::variant<std::u16string, TextStorage> text;  // what goes back in its place
         void swap(TextStorage& storage);
     };
