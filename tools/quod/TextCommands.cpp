@@ -222,6 +222,8 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
     progress.stage("decoding");
     DecodedText document = named ? decodeDocumentAs(input.bytes(), *named, input.displayName())
                                  : decodeDocument(input.bytes(), input.displayName());
+    // The text holds everything from here on: the file's pages need not stay while it is worked.
+    input.release(0, input.bytes().size());
     QuodTextView view(std::move(document.storage));
     selectForCommand(view, lines, edit.reach, input.displayName());
 
