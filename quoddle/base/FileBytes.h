@@ -1,6 +1,7 @@
 // The whole contents of a file, read at once: a read-only mapping of a regular file, or the bytes
 // that reading delivered for anything that cannot be mapped (pipes, terminals, the files under
-// /proc that report a size of 0).
+// /proc that report a size of 0). A large file can also be gone through window by window in a few
+// megabytes of memory (`readInWindows`, `release`).
 //
 // Reading fails quietly: no value, and the system's reason in `error` when the caller asks for it.
 // A folder fails with EISDIR rather than reading as empty. An empty file is an empty span.

@@ -43,6 +43,9 @@
 //   5. Well-formed UTF-8 (with NULs) that is not placed is UTF-8; anything else, and empty input,
 //      answers 0: better no answer than a wrong one that saving would write back.
 //
+// `Text::EncodingScan` gives both answers for bytes that arrive in pieces (a large file read window
+// by window), whenever a first look settles them.
+//
 // `Text::encodingCandidates(from)` is step 4 laid open, for a user who wants to see why: every
 // candidate that decodes the bytes, best first, each with its average cost per character outside
 // ASCII (lower reads more like real text); it runs the statistics whatever steps 1 to 3 would say.

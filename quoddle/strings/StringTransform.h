@@ -1,5 +1,6 @@
 // The named script and escape transforms of the Transform menu, each an ICU transliterator run
-// forwards or backwards.
+// forwards or backwards, over a whole text or (StringTransformStream) over one that arrives in
+// pieces.
 //
 // `Kind` has raw values 0 to 33 in menu order (`allCases`); any other raw value is no kind. A
 // transform that ICU cannot open in the needed direction gives no result rather than failing:

@@ -4,7 +4,9 @@
 // (`Text::guessEncoding`: an HTML, CSS or XML declaration) when they decode in it, else what the
 // bytes suggest (`Text::detectEncoding`). Decoding is strict: bytes that do not decode in the
 // chosen encoding give no value, never replacement characters, so a document is never silently
-// damaged on its way in. Empty bytes are an empty UTF-8 text.
+// damaged on its way in. Empty bytes are an empty UTF-8 text. `decodeDocumentAs` reads the bytes in
+// an encoding the user named, and `settledUtf8Encoding` tells a host that reads a large file in
+// windows when the same choice is UTF-8.
 //
 // A byte-order mark is not part of the text: decoding records the one the bytes began with, and
 // `writeDocument` writes it back in front, so an unchanged text is written back byte for byte.
