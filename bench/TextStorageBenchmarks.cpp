@@ -122,15 +122,18 @@ void BM_EditAtRandomPositions_NaiveString(benchmark::State& state) {
 }
 BENCHMARK(BM_EditAtRandomPositions_NaiveString)->Apply(documentSizes);
 
-std::vector<int64_t> randomPositions(int64_t limit) {
+// `count` places below `limit`. The line questions are asked at 4,096 places, whose paths through
+// the tree stay in the caches, and at a million, whose paths do not (a user jumping about a large
+// document).
+std::vector<int64_t> randomPositions(int64_t limit, std::size_t count = 4096) {
     std::mt19937_64 random(5);
-    std::vector<int64_t> positions(1 << 20);
+    std::vector<int64_t> positions(count);
     for (int64_t& position : positions)
         position = static_cast<int64_t>(random() % limit);
     return positions;
 }
 
-// After one edit in the middle, so the index has a pending shift as it would while typing.
+// After one edit in the middle, as a document being typed in is.
 TextStorage editedStorage(int64_t megabytes) {
     TextStorage storage(utf16Document(megabytes * megabyte));
     storage.replaceCharactersInRange({storage.length() / 2, 0}, u"\n");
@@ -167,24 +170,28 @@ void BM_LineByNumber_TextStorage(benchmark::State& state) {
 }
 BENCHMARK(BM_LineByNumber_TextStorage)->Apply(documentSizes);
 
+template <std::size_t places>
 void BM_StartOfLine_TextStorage(benchmark::State& state) {
     const TextStorage storage = editedStorage(state.range(0));
-    const auto lines = randomPositions(storage.lineCount());
+    const auto lines = randomPositions(storage.lineCount(), places);
     std::size_t next = 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(storage.startOfLine(lines[next++ % lines.size()]));
 }
-BENCHMARK(BM_StartOfLine_TextStorage)->Apply(documentSizes);
+BENCHMARK_TEMPLATE(BM_StartOfLine_TextStorage, 4096)->Apply(documentSizes);
+BENCHMARK_TEMPLATE(BM_StartOfLine_TextStorage, 1 << 20)->Apply(documentSizes);
 
+template <std::size_t places>
 void BM_LineOfPosition_TextStorage(benchmark::State& state) {
     const TextStorage storage = editedStorage(state.range(0));
-    const auto positions = randomPositions(storage.length());
+    const auto positions = randomPositions(storage.length(), places);
     std::size_t next = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(storage.lineIndexOfPosition(positions[next++ % positions.size()]));
     }
 }
-BENCHMARK(BM_LineOfPosition_TextStorage)->Apply(documentSizes);
+BENCHMARK_TEMPLATE(BM_LineOfPosition_TextStorage, 4096)->Apply(documentSizes);
+BENCHMARK_TEMPLATE(BM_LineOfPosition_TextStorage, 1 << 20)->Apply(documentSizes);
 
 // Without an index, finding line k means walking k lines from the start.
 void BM_LineByNumber_NaiveString(benchmark::State& state) {
@@ -307,7 +314,10 @@ void BM_ReplaceAllThenUndo_View(benchmark::State& state) {
     state.counters["residentAfterRedo"] = afterRedo;
     std::remove(path.c_str());
 }
-BENCHMARK(BM_ReplaceAllThenUndo_View)->Apply(documentSizes)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReplaceAllThenUndo_View)
+    ->Apply(documentSizes)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace quod::bench

@@ -18,20 +18,19 @@ namespace quod {
 namespace {
 
 // Units that pair up or end lines, so that random text is full of both.
-const char16_t unitsToDrawFrom[] = {u'a', u'\r', u'\n', 0xD83D, 0xDE00, u'\u2028',
-                                    u'\u2029', 0x85, u'é', u'\u0416', u' '};
+const char16_t unitsToDrawFrom[] = {u'a',      u'\r', u'\n', 0xD83D,    0xDE00, u'\u2028',
+                                    u'\u2029', 0x85,  u'é',  u'\u0416', u' '};
 
 rc::Gen<std::u16string> randomText(int maximumLength) {
-    return rc::gen::map(
-        rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 11)),
-        [maximumLength](const std::vector<int>& picks) {
-            std::u16string text;
-            for (int pick : picks) {
-                if (std::ssize(text) == maximumLength) break;
-                text += unitsToDrawFrom[pick];
-            }
-            return text;
-        });
+    return rc::gen::map(rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 11)),
+                        [maximumLength](const std::vector<int>& picks) {
+                            std::u16string text;
+                            for (int pick : picks) {
+                                if (std::ssize(text) == maximumLength) break;
+                                text += unitsToDrawFrom[pick];
+                            }
+                            return text;
+                        });
 }
 
 rc::Gen<TextStorage::ChunkSizes> tinyChunkSizes() {
@@ -57,7 +56,8 @@ void checkAgainstModel(const TextStorage& storage, const std::u16string& model,
         RC_ASSERT(storage.startOfLine(line) == starts[static_cast<std::size_t>(line)]);
     int64_t line = 0;
     for (int64_t position = 0; position <= length; ++position) {
-        while (line + 1 < std::ssize(starts) && starts[static_cast<std::size_t>(line) + 1] <= position)
+        while (line + 1 < std::ssize(starts) &&
+               starts[static_cast<std::size_t>(line) + 1] <= position)
             ++line;
         RC_ASSERT(storage.lineIndexOfPosition(position) == line);
         if (position < length) RC_ASSERT(storage.characterAtIndex(position) == model[position]);
@@ -79,7 +79,8 @@ RC_GTEST_PROP(ChunkedStorage, EditsAndLineQuestionsMatchAPlainString, ()) {
         const int64_t location = *rc::gen::inRange<int64_t>(0, length + 1);
         // Mostly short removals (typing), sometimes long ones across many chunks.
         const int64_t longest = *rc::gen::element<int64_t>(3, 3, 3, length);
-        const int64_t count = *rc::gen::inRange<int64_t>(0, std::min(longest, length - location) + 1);
+        const int64_t count =
+            *rc::gen::inRange<int64_t>(0, std::min(longest, length - location) + 1);
         const Range range{location, count};
         if (*rc::gen::inRange(0, 5) == 0 && length > 0) {
             // Text taken from the storage itself, as undo puts large stretches back.
@@ -96,6 +97,36 @@ RC_GTEST_PROP(ChunkedStorage, EditsAndLineQuestionsMatchAPlainString, ()) {
             model.replace(location, count, inserted);
         }
         checkAgainstModel(storage, model);
+    }
+}
+
+// Chunks of a few hundred units that end many lines each, so that their lists of line ends outgrow
+// the room inside the chunk and shrink back into it as lines are typed and removed.
+RC_GTEST_PROP(ChunkedStorage, ChunksEndingManyLinesKeepTheirEnds, ()) {
+    const TextStorage::ChunkSizes sizes{160, 80, 320};
+    const auto lineDense = [](int length) {
+        return rc::gen::map(rc::gen::container<std::vector<int>>(static_cast<std::size_t>(length),
+                                                                 rc::gen::inRange(0, 4)),
+                            [](const std::vector<int>& picks) {
+                                std::u16string text;
+                                for (int pick : picks)
+                                    text += pick == 0 ? u'a' : pick == 1 ? u'\r' : u'\n';
+                                return text;
+                            });
+    };
+    std::u16string model = *lineDense(*rc::gen::inRange(0, 1200));
+    TextStorage storage(model, sizes);
+    checkAgainstModel(storage, model, false);
+    for (int k = *rc::gen::inRange(1, 30); k > 0; --k) {
+        const auto length = std::ssize(model);
+        const int64_t location = *rc::gen::inRange<int64_t>(0, length + 1);
+        const int64_t count =
+            *rc::gen::inRange<int64_t>(0, std::min<int64_t>(60, length - location) + 1);
+        const std::u16string inserted = *lineDense(*rc::gen::inRange(0, 80));
+        storage.replaceCharactersInRange({location, count}, inserted);
+        model.replace(static_cast<std::size_t>(location), static_cast<std::size_t>(count),
+                      inserted);
+        checkAgainstModel(storage, model, false);
     }
 }
 
@@ -125,16 +156,35 @@ RC_GTEST_PROP(ChunkedStorage, PiecesCoverTheRangeWithoutSplittingPairsInside, ()
 // chunk borders fall among multi-byte sequences, ill-formed bytes and CR LF pairs. U+010A and
 // U+010D have the low bytes of LF and CR, which must not end lines.
 RC_GTEST_PROP(ChunkedStorage, LoadingUtf8DecodesAsAWhole, ()) {
-    static const std::string pieces[] = {"a", "\r\n", "\r", "\n", "\xC3\xA9", "\xE2\x80\xA8",
-                                         "\xF0\x9F\x98\x80", "\xC2\x85", "\xC4\x8A", "\xC4\x8D",
-                                         "\xC5\x85", "\xFF", "\x80", "\xE2\x80", "\xF0\x9F"};
+    static const std::string pieces[] = {"a",
+                                         "\r\n",
+                                         "\r",
+                                         "\n",
+                                         "\xC3\xA9",
+                                         "\xE2\x80\xA8",
+                                         "\xF0\x9F\x98\x80",
+                                         "\xC2\x85",
+                                         "\xC4\x8A",
+                                         "\xC4\x8D",
+                                         "\xC5\x85",
+                                         "\xFF",
+                                         "\x80",
+                                         "\xE2\x80",
+                                         "\xF0\x9F"};
     // Mostly ASCII with a few other characters (the usual file), or anything, bad bytes included.
     const bool wellFormedAndMostlyAscii = *rc::gen::arbitrary<bool>();
-    const auto pick = wellFormedAndMostlyAscii
-                          ? rc::gen::weightedElement<int>({{40, 0}, {4, 1}, {2, 2}, {4, 3}, {1, 4},
-                                                           {1, 5}, {1, 6}, {1, 7}, {1, 8}, {1, 9},
-                                                           {1, 10}})
-                          : rc::gen::inRange(0, 15);
+    const auto pick = wellFormedAndMostlyAscii ? rc::gen::weightedElement<int>({{40, 0},
+                                                                                {4, 1},
+                                                                                {2, 2},
+                                                                                {4, 3},
+                                                                                {1, 4},
+                                                                                {1, 5},
+                                                                                {1, 6},
+                                                                                {1, 7},
+                                                                                {1, 8},
+                                                                                {1, 9},
+                                                                                {1, 10}})
+                                               : rc::gen::inRange(0, 15);
     const auto picks = *rc::gen::container<std::vector<int>>(pick);
     const int repeat = *rc::gen::inRange(1, 400);
     std::string bytes;

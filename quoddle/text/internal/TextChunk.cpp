@@ -19,7 +19,7 @@ int64_t patchLimit(int64_t length) {
 
 // The offsets behind each terminator of units[0, n), where a final CR ends a line (the next
 // chunk never starts with the LF of its pair).
-void appendLineEnds(const char16_t* units, int64_t n, std::vector<uint16_t>& ends) {
+void appendLineEnds(const char16_t* units, int64_t n, LineEnds& ends) {
     for (int64_t i = 0; i < n; ++i) {
         const char16_t unit = units[i];
         if (unit > u'\r' && unit != 0x85 && unit != 0x2028 && unit != 0x2029) continue;
@@ -45,10 +45,77 @@ uint8_t byteFor(char16_t unit) {
 
 }  // namespace
 
+LineEnds::LineEnds(LineEnds&& other) noexcept {
+    takeFrom(other);
+}
+
+LineEnds& LineEnds::operator=(LineEnds&& other) noexcept {
+    if (this != &other) {
+        if (onHeap()) delete[] heap_;
+        takeFrom(other);
+    }
+    return *this;
+}
+
+void LineEnds::takeFrom(LineEnds& other) noexcept {
+    size_ = other.size_;
+    capacity_ = other.capacity_;
+    if (other.onHeap()) {
+        heap_ = other.heap_;
+    } else {
+        std::copy_n(other.inline_, size_, inline_);
+    }
+    other.size_ = 0;
+    other.capacity_ = inlineCapacity;
+}
+
+LineEnds::~LineEnds() {
+    if (onHeap()) delete[] heap_;
+}
+
+void LineEnds::reserve(uint32_t capacity) {
+    if (capacity <= capacity_) return;
+    auto* grown = new uint16_t[capacity];
+    std::copy_n(data(), size_, grown);
+    if (onHeap()) delete[] heap_;
+    heap_ = grown;
+    capacity_ = capacity;
+}
+
+void LineEnds::assign(const uint16_t* first, const uint16_t* last) {
+    const auto count = static_cast<uint32_t>(last - first);
+    size_ = 0;
+    reserve(count);
+    std::copy(first, last, data());
+    size_ = count;
+}
+
+void LineEnds::push_back(uint16_t end) {
+    if (size_ == capacity_) reserve(capacity_ * 2);
+    data()[size_++] = end;
+}
+
+uint16_t* LineEnds::erase(uint16_t* first, uint16_t* last) {
+    std::copy(last, end(), first);
+    size_ -= static_cast<uint32_t>(last - first);
+    return first;
+}
+
+uint16_t* LineEnds::insert(uint16_t* at, uint16_t end) {
+    const auto offset = at - data();
+    if (size_ == capacity_) reserve(capacity_ * 2);
+    uint16_t* place = data() + offset;
+    std::copy_backward(place, this->end(), this->end() + 1);
+    *place = end;
+    ++size_;
+    return place;
+}
+
 TextChunk::TextChunk(std::u16string_view units) {
     const auto n = std::ssize(units);
     QUOD_PRECONDITION(n <= capacityLimit, "a chunk holds at most 65535 units");
-    const auto high = std::count_if(units.begin(), units.end(), [](char16_t u) { return u > 0xFF; });
+    const auto high =
+        std::count_if(units.begin(), units.end(), [](char16_t u) { return u > 0xFF; });
     if (high > patchLimit(n)) {
         isWide_ = true;
         wide_.assign(units.begin(), units.end());
@@ -62,7 +129,6 @@ TextChunk::TextChunk(std::u16string_view units) {
         }
     }
     appendLineEnds(units.data(), n, lineEnds_);
-    lineEnds_.shrink_to_fit();
 }
 
 std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes) {
@@ -141,7 +207,7 @@ std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes)
     }
     if (std::ssize(chunk.patches_) > patchLimit(static_cast<int64_t>(written))) return std::nullopt;
     chunk.narrow_.resize(written);
-    chunk.lineEnds_.assign(ends.begin(), ends.end());
+    chunk.lineEnds_.assign(ends.data(), ends.data() + ends.size());
     return chunk;
 }
 
@@ -191,7 +257,8 @@ void TextChunk::replace(int64_t from, int64_t count, std::u16string_view units) 
         const auto byOffset = [](const Patch& p, int64_t value) { return p.offset < value; };
         const auto firstGone = std::lower_bound(patches_.begin(), patches_.end(), from, byOffset);
         const auto lastGone = std::lower_bound(firstGone, patches_.end(), from + count, byOffset);
-        const auto high = std::count_if(units.begin(), units.end(), [](char16_t u) { return u > 0xFF; });
+        const auto high =
+            std::count_if(units.begin(), units.end(), [](char16_t u) { return u > 0xFF; });
         const auto remaining = std::ssize(patches_) - (lastGone - firstGone) + high;
         if (remaining > patchLimit(length() + delta)) {
             becomeWide();
@@ -201,7 +268,8 @@ void TextChunk::replace(int64_t from, int64_t count, std::u16string_view units) 
             auto at = patches_.erase(firstGone, lastGone);
             for (int64_t i = 0; i < inserted; ++i) {
                 const char16_t unit = units[static_cast<std::size_t>(i)];
-                if (unit > 0xFF) at = patches_.insert(at, {static_cast<uint16_t>(from + i), unit}) + 1;
+                if (unit > 0xFF)
+                    at = patches_.insert(at, {static_cast<uint16_t>(from + i), unit}) + 1;
             }
 
             const auto start = narrow_.begin() + from;
