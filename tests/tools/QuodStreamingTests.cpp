@@ -1,13 +1,19 @@
 // Commands that go through a file in windows give, byte for byte, what the whole-text way gives,
 // wherever the windows are cut: windows of one to five bytes put a cut inside every CR LF pair,
 // every multi-byte character and every cluster of a base and its marks.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
 
 #include "QuodRunner.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace quod::testing {
 namespace {
@@ -84,6 +90,44 @@ TEST(QuodStreaming, OtherEncodingsAndBadBytesAreReadWhole) {
     const QuodRun refused = runWithWindows({"case", "upper"}, "\xFF\xFE\xFD", "3");
     EXPECT_EQ(refused.exitStatus, 1);
     EXPECT_EQ(refused.out, "");
+}
+
+// A large input shows its stages with a bar on a terminal's standard error and erases it at the
+// end; anywhere else, and for small inputs, standard error stays empty.
+TEST(QuodStreaming, ALargeInputShowsProgressOnATerminalOnly) {
+    const TemporaryFolder folder("quod-progress");
+    std::string text;
+    while (text.size() <= 17'000'000)
+        text += "a line of text that goes on for a while\r\n";
+    const std::string large = folder.write("large.txt", text);
+
+    int terminal = -1;
+    int other = -1;
+    ASSERT_EQ(::openpty(&terminal, &other, nullptr, nullptr, nullptr), 0);
+    const std::string terminalPath = ::ttyname(other);
+    const pid_t child =
+        startQuod({"line-endings", "--to", "unix", large}, "/dev/null", "/dev/null", terminalPath);
+    ::close(other);
+    std::string shown;
+    char buffer[4096];
+    for (;;) {
+        pollfd ready{terminal, POLLIN, 0};
+        if (::poll(&ready, 1, 60'000) <= 0) break;
+        const ssize_t count = ::read(terminal, buffer, sizeof buffer);
+        if (count <= 0) break;  // EIO once the child has closed its side
+        shown.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(terminal);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_NE(shown.find("quod line-endings: 17 MB: reading ["), std::string::npos) << shown;
+    EXPECT_NE(shown.find("writing [####################] 100%"), std::string::npos) << shown;
+    EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
+
+    const QuodRun quiet = runQuod({"line-endings", "--to", "unix", large});
+    EXPECT_EQ(quiet.exitStatus, 0);
+    EXPECT_EQ(quiet.err, "");
 }
 
 }  // namespace
