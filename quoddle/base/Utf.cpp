@@ -123,37 +123,53 @@ std::optional<std::u16string> toUtf16IfValid(std::string_view utf8) {
 }
 
 std::string toUtf8(std::u16string_view utf16) {
-    std::string result;
-    result.reserve(utf16.size());
+    // Sized for the worst case (three bytes a unit; a pair's four bytes come from its two units)
+    // and cut back at the end: appending byte by byte cost more than the encoding itself.
+    std::string result(utf16.size() * 3, '\0');
+    char* out = result.data();
+    const char16_t* units = utf16.data();
     const std::size_t size = utf16.size();
-    for (std::size_t i = 0; i < size; ++i) {
-        char32_t codePoint = utf16[i];
+    for (std::size_t i = 0; i < size;) {
+        // Four ASCII units at a time: the common case.
+        if (i + 4 <= size) {
+            std::uint64_t block;
+            std::memcpy(&block, units + i, sizeof block);
+            if ((block & 0xFF80'FF80'FF80'FF80u) == 0) {
+                for (int k = 0; k < 4; ++k)
+                    out[k] = static_cast<char>(units[i + static_cast<std::size_t>(k)]);
+                out += 4;
+                i += 4;
+                continue;
+            }
+        }
+        char32_t codePoint = units[i++];
         if (codePoint < 0x80) {
-            result.push_back(static_cast<char>(codePoint));
+            *out++ = static_cast<char>(codePoint);
             continue;
         }
         if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
-            const bool pairs = codePoint <= 0xDBFF && i + 1 < size && utf16[i + 1] >= 0xDC00 &&
-                               utf16[i + 1] <= 0xDFFF;
+            const bool pairs =
+                codePoint <= 0xDBFF && i < size && units[i] >= 0xDC00 && units[i] <= 0xDFFF;
             if (pairs) {
-                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (utf16[i + 1] - 0xDC00);
+                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[i] - 0xDC00);
                 ++i;
             } else {
                 codePoint = 0xFFFD;
             }
         }
         if (codePoint < 0x800) {
-            result.push_back(static_cast<char>(0xC0 | (codePoint >> 6)));
+            *out++ = static_cast<char>(0xC0 | (codePoint >> 6));
         } else if (codePoint < 0x10000) {
-            result.push_back(static_cast<char>(0xE0 | (codePoint >> 12)));
-            result.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+            *out++ = static_cast<char>(0xE0 | (codePoint >> 12));
+            *out++ = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
         } else {
-            result.push_back(static_cast<char>(0xF0 | (codePoint >> 18)));
-            result.push_back(static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F)));
-            result.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
+            *out++ = static_cast<char>(0xF0 | (codePoint >> 18));
+            *out++ = static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F));
+            *out++ = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
         }
-        result.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
+        *out++ = static_cast<char>(0x80 | (codePoint & 0x3F));
     }
+    result.resize(static_cast<std::size_t>(out - result.data()));
     return result;
 }
 

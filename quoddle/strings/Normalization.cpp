@@ -3,6 +3,7 @@
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "quoddle/base/Precondition.h"
@@ -24,6 +25,12 @@ icu::UnicodeString alias(std::u16string_view text) {
     return icu::UnicodeString(false, text.data(), static_cast<int32_t>(text.size()));
 }
 
+// No character below U+0300 combines with the one before it, so text of those alone is composed
+// already: most lines of most documents are answered here, without ICU.
+bool isBelowCombiningMarks(std::u16string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x300; });
+}
+
 bool passesQuickCheck(const icu::UnicodeString& source) {
     UErrorCode status = U_ZERO_ERROR;
     const int32_t normalPrefix = composer().spanQuickCheckYes(source, status);
@@ -33,6 +40,7 @@ bool passesQuickCheck(const icu::UnicodeString& source) {
 }  // namespace
 
 std::u16string canonicalComposition(std::u16string_view text) {
+    if (isBelowCombiningMarks(text)) return std::u16string(text);
     const icu::UnicodeString source = alias(text);
     if (passesQuickCheck(source)) return std::u16string(text);
     UErrorCode status = U_ZERO_ERROR;
@@ -42,6 +50,7 @@ std::u16string canonicalComposition(std::u16string_view text) {
 }
 
 bool isCanonicalComposition(std::u16string_view text) {
+    if (isBelowCombiningMarks(text)) return true;
     const icu::UnicodeString source = alias(text);
     return passesQuickCheck(source) || canonicalComposition(text) == text;
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "quoddle/base/Utf.h"
 
 namespace quod {
@@ -41,6 +43,47 @@ TEST(Utf, UnpairedSurrogatesEncodeAsReplacement) {
               "b");
     EXPECT_EQ(toUtf8(std::u16string{char16_t(0xDC00)}), "\xEF\xBF\xBD");
     EXPECT_EQ(toUtf8(std::u16string{char16_t(0xD83D)}), "\xEF\xBF\xBD");
+}
+
+// Encoding agrees with decoding back, run by run, for texts that put every kind of unit at every
+// place of the four-unit ASCII blocks: ASCII, two- and three-byte characters, pairs, and lone
+// halves (which come back as U+FFFD).
+TEST(Utf, EncodesEveryKindOfUnitAtEveryPlaceOfABlock) {
+    const std::u16string pieces[] = {u"a",      u"\u00E9", u"\u20AC", u"\U0001F600", u"\n",
+                                     u"\u007F", u"\u0080", u"\u07FF", u"\u0800",     u"\uFFFF"};
+    std::mt19937 random(9);
+    for (int round = 0; round < 3000; ++round) {
+        std::u16string text;
+        std::u16string expected;
+        for (auto count = random() % 14; count > 0; --count) {
+            if (random() % 9 == 0) {
+                const char16_t half = random() % 2 == 0 ? char16_t(0xD83D) : char16_t(0xDE00);
+                // A lone half, unless it happens to pair with its neighbour.
+                text += half;
+                expected += half;
+                continue;
+            }
+            const std::u16string& piece = pieces[random() % std::size(pieces)];
+            text += piece;
+            expected += piece;
+        }
+        const std::string encoded = toUtf8(text);
+        // Whatever paired stays; whatever did not is U+FFFD, as decoding the bytes shows.
+        std::u16string paired;
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            const char16_t unit = expected[i];
+            if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < expected.size() &&
+                expected[i + 1] >= 0xDC00 && expected[i + 1] <= 0xDFFF) {
+                paired += unit;
+                paired += expected[++i];
+            } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+                paired += u'\uFFFD';
+            } else {
+                paired += unit;
+            }
+        }
+        ASSERT_EQ(toUtf16IfValid(encoded), paired) << testing::PrintToString(text);
+    }
 }
 
 }  // namespace
