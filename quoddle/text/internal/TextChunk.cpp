@@ -17,18 +17,6 @@ int64_t patchLimit(int64_t length) {
     return std::max<int64_t>(8, length / 8);
 }
 
-// The offsets behind each terminator of units[0, n), where a final CR ends a line (the next
-// chunk never starts with the LF of its pair).
-void appendLineEnds(const char16_t* units, int64_t n, LineEnds& ends) {
-    for (int64_t i = 0; i < n; ++i) {
-        const char16_t unit = units[i];
-        if (unit > u'\r' && unit != 0x85 && unit != 0x2028 && unit != 0x2029) continue;
-        if (!isLineTerminator(unit)) continue;
-        if (unit == u'\r' && i + 1 < n && units[i + 1] == u'\n') continue;
-        ends.push_back(static_cast<uint16_t>(i + 1));
-    }
-}
-
 // Eight bytes in memory order, the first in the lowest byte whatever the machine's byte order.
 uint64_t loadBytes(const uint8_t* bytes) {
     uint64_t word;
@@ -121,14 +109,22 @@ TextChunk::TextChunk(std::u16string_view units) {
         wide_.assign(units.begin(), units.end());
     } else {
         narrow_.resize(static_cast<std::size_t>(n));
-        patches_.reserve(static_cast<std::size_t>(high));
-        for (int64_t i = 0; i < n; ++i) {
-            const char16_t unit = units[static_cast<std::size_t>(i)];
-            narrow_[static_cast<std::size_t>(i)] = byteFor(unit);
-            if (unit > 0xFF) patches_.push_back({static_cast<uint16_t>(i), unit});
+        // Without patches the loop is a plain narrowing, which the compiler turns into vector code.
+        std::transform(units.begin(), units.end(), narrow_.begin(), byteFor);
+        if (high > 0) {
+            patches_.reserve(static_cast<std::size_t>(high));
+            for (int64_t i = 0; i < n; ++i) {
+                const char16_t unit = units[static_cast<std::size_t>(i)];
+                if (unit > 0xFF) patches_.push_back({static_cast<uint16_t>(i), unit});
+            }
         }
     }
-    appendLineEnds(units.data(), n, lineEnds_);
+    // A final CR ends a line: the next chunk never starts with the LF of its pair.
+    thread_local std::vector<int64_t> ends;
+    ends.clear();
+    appendLineStarts(units, 0, false, ends);
+    for (const int64_t end : ends)
+        lineEnds_.push_back(static_cast<uint16_t>(end));
 }
 
 std::optional<TextChunk> TextChunk::fromMostlyLatin1Utf8(std::string_view bytes) {
