@@ -36,6 +36,8 @@ class ChunkBuilder {
   public:
     explicit ChunkBuilder(const TextStorage::ChunkSizes& sizes) : sizes_(sizes) {}
 
+    [[nodiscard]] const TextStorage::ChunkSizes& sizes() const { return sizes_; }
+
     void append(std::u16string_view units) {
         // One unit beyond a cut must be known to see whether the cut splits a pair.
         const auto full = static_cast<std::size_t>(sizes_.target) + 1;
@@ -200,13 +202,11 @@ TextStorage TextStorage::storageWithRange(Range range) const {
 }
 
 struct TextStorage::Builder::State {
-    explicit State(const ChunkSizes& sizes) : sizes(sizes), chunks(sizes) {}
-    ChunkSizes sizes;
     ChunkBuilder chunks;
 };
 
 TextStorage::Builder::Builder(const TextStorage& like)
-    : state_(std::make_unique<State>(like.tree_->sizes)) {}
+    : state_(std::make_unique<State>(State{ChunkBuilder(like.tree_->sizes)})) {}
 TextStorage::Builder::Builder(Builder&&) noexcept = default;
 TextStorage::Builder& TextStorage::Builder::operator=(Builder&&) noexcept = default;
 TextStorage::Builder::~Builder() = default;
@@ -220,7 +220,7 @@ TextStorage TextStorage::Builder::finish() {
     // The tree always holds a chunk, empty when the text is.
     if (chunks.empty()) chunks.push_back(std::make_unique<TextChunk>());
     return TextStorage(std::make_unique<Tree>(
-        Tree{internal::SummedTree<TextChunk>(std::move(chunks)), state_->sizes}));
+        Tree{internal::SummedTree<TextChunk>(std::move(chunks)), state_->chunks.sizes()}));
 }
 
 int64_t TextStorage::lineContaining(int64_t position) const {

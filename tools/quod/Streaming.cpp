@@ -8,7 +8,6 @@
 #include <functional>
 #include <span>
 
-#include "quoddle/base/Utf.h"
 #include "quoddle/text/DecodedText.h"
 
 namespace quod::tool {
@@ -90,10 +89,6 @@ Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress) {
     forEachWindow(input, 0, PieceRewrite::Cut::anywhere, progress,
                   [&scan](std::span<const std::uint8_t> window) { scan.append(window); });
     return scan;
-}
-
-std::u16string decodePiece(std::string_view piece) {
-    return toUtf16(piece);
 }
 
 bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport, Output& output,

@@ -43,7 +43,4 @@ class PieceRewrite {
 // Runs all of the input's bytes through an encoding scan, window by window.
 [[nodiscard]] Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress);
 
-// Decodes a UTF-8 piece (whole characters) for rewrites that work on UTF-16 text.
-[[nodiscard]] std::u16string decodePiece(std::string_view piece);
-
 }  // namespace quod::tool

@@ -70,7 +70,7 @@ class LineEndingPieces : public PieceRewrite {
 class TextPieces : public PieceRewrite {
   public:
     void rewrite(std::string_view piece, std::string& out) final {
-        std::u16string text = std::move(heldTerminator_) + decodePiece(piece);
+        std::u16string text = std::move(heldTerminator_) + toUtf16(piece);
         heldTerminator_.clear();
         std::size_t end = text.size();
         if (end > 0 && isLineTerminator(text[end - 1])) {
@@ -435,9 +435,7 @@ std::string countReport(const Text::SelectionCount& count) {
 class CountPieces : public PieceRewrite {
   public:
     Cut cut() const override { return Cut::characterStart; }
-    void rewrite(std::string_view piece, std::string&) override {
-        counter_.add(decodePiece(piece));
-    }
+    void rewrite(std::string_view piece, std::string&) override { counter_.add(toUtf16(piece)); }
     void finish(std::string& out) override { out += countReport(counter_.count()); }
 
   private:
