@@ -103,6 +103,21 @@ void FileBytes::release(std::size_t offset, std::size_t length) const noexcept {
     if (last > first) ::madvise(static_cast<char*>(mapping_) + first, last - first, MADV_DONTNEED);
 }
 
+void FileBytes::prefetch(std::size_t offset, std::size_t length) const noexcept {
+#if defined(MADV_POPULATE_READ)
+    if (mapping_ == nullptr || offset >= mappedSize_) return;
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t first = offset / page * page;
+    const std::size_t end = offset + std::min(length, mappedSize_ - offset);
+    // Older kernels answer EINVAL, and a file cut short under the mapping EFAULT: either way
+    // the pages are left to come in as they are read, which reports what there is to report.
+    ::madvise(static_cast<char*>(mapping_) + first, end - first, MADV_POPULATE_READ);
+#else
+    static_cast<void>(offset);
+    static_cast<void>(length);
+#endif
+}
+
 std::span<const std::uint8_t> FileBytes::bytes() const {
     if (mapping_ != nullptr) return {static_cast<const std::uint8_t*>(mapping_), mappedSize_};
     return readBytes_;

@@ -1,7 +1,7 @@
 // The whole contents of a file, read at once: a read-only mapping of a regular file, or the bytes
 // that reading delivered for anything that cannot be mapped (pipes, terminals, the files under
 // /proc that report a size of 0). A large file can also be gone through window by window in a few
-// megabytes of memory (`readInWindows`, `release`).
+// megabytes of memory (`readInWindows`, `prefetch`, `release`).
 //
 // Reading fails quietly: no value, and the system's reason in `error` when the caller asks for it.
 // A folder fails with EISDIR rather than reading as empty. An empty file is an empty span.
@@ -52,6 +52,10 @@ class QUODDLE_EXPORT FileBytes {
     // (the whole pages inside that range); reading them again brings them back from the file.
     // Bytes that were read into memory stay.
     void release(std::size_t offset, std::size_t length) const noexcept;
+    // Brings the pages of bytes()[offset, offset + length) in at once, where the bytes are a
+    // mapping, for a caller about to read all of them: one call instead of a page fault every few
+    // pages. Only a hint: without it (or where the system cannot) the pages come in as read.
+    void prefetch(std::size_t offset, std::size_t length) const noexcept;
 
   private:
     FileBytes() = default;

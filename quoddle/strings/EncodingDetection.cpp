@@ -11,14 +11,11 @@
 #include <vector>
 
 #include "quoddle/base/Utf.h"
+#include "quoddle/base/internal/Avx2.h"
 #include "quoddle/strings/EncodingConversion.h"
 #include "quoddle/strings/EncodingStatistics.h"
 #include "quoddle/strings/IanaCharsetNames.h"
 #include "quoddle/strings/Utf8Scan.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace quod::Text {
 namespace {
@@ -63,50 +60,75 @@ struct Keywords {
 };
 
 // Both keywords in one pass, however many "=" the text holds. Only an "=" right after a t or a g
-// can end one, so the scan looks for those pairs sixteen bytes at a time and matches the rest of
-// the keyword backwards from each pair it finds. Occurrences of one keyword cannot overlap, so the
-// first "=" that completes it ends its first occurrence.
+// can end one, so the scan looks for those pairs (thirty-two bytes at a time where the processor
+// can, from one "=" to the next elsewhere) and matches the rest of the keyword backwards from each
+// pair it finds. Occurrences of one keyword cannot overlap, so the first "=" that completes it
+// ends its first occurrence.
 // Only "=" at `firstEquals` or later count, so that a scan over pieces can look again at the last
 // bytes of one piece in front of the next without finding a keyword twice.
-Keywords findKeywords(std::string_view text, std::size_t firstEquals = 1) {
-    Keywords found;
-    // Whether the "=" at `equals` ends a keyword; true when the scan can stop.
-    const auto visit = [&](std::size_t equals) {
-        const char before = lowered(text[equals - 1]);
-        if (before == 't' && lettersEndingAt(text, equals, "charset")) {
-            found.charsetEnd = equals + 1;
-            return true;
+class KeywordSearch {
+  public:
+    explicit KeywordSearch(std::string_view text) : text_(text) {}
+
+    Keywords run(std::size_t firstEquals) {
+        std::size_t i = std::max<std::size_t>(firstEquals, 1);  // "=" needs a letter before it
+#if QUOD_HAS_AVX2_PATH
+        if (internal::hasAvx2()) i = pairsInBlocks(i);
+        if (stopped_) return found_;
+#endif
+        while (i < text_.size()) {
+            const std::size_t equals = text_.find('=', i);
+            if (equals == std::string_view::npos || visit(equals)) break;
+            i = equals + 1;
         }
-        if (before == 'g' && !found.encodingEnd && lettersEndingAt(text, equals, "encoding")) {
-            found.encodingEnd = equals + 1;
+        return found_;
+    }
+
+  private:
+    // Whether the "=" at `equals` ends a keyword; true when the scan can stop.
+    bool visit(std::size_t equals) {
+        const char before = lowered(text_[equals - 1]);
+        if (before == 't' && lettersEndingAt(text_, equals, "charset")) {
+            found_.charsetEnd = equals + 1;
+            return stopped_ = true;
+        }
+        if (before == 'g' && !found_.encodingEnd && lettersEndingAt(text_, equals, "encoding")) {
+            found_.encodingEnd = equals + 1;
         }
         return false;
-    };
-    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-    const std::size_t size = text.size();
-    std::size_t i = std::max<std::size_t>(firstEquals, 1);  // "=" needs a letter before it
-#if defined(__SSE2__)
-    const __m128i equalsSign = _mm_set1_epi8('=');
-    const __m128i t = _mm_set1_epi8('t');
-    const __m128i g = _mm_set1_epi8('g');
-    const __m128i lowerCaseBit = _mm_set1_epi8(0x20);
-    for (; i + 16 <= size; i += 16) {
-        const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
-        const __m128i before = _mm_or_si128(
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i - 1)), lowerCaseBit);
-        const __m128i pairs =
-            _mm_and_si128(_mm_cmpeq_epi8(here, equalsSign),
-                          _mm_or_si128(_mm_cmpeq_epi8(before, t), _mm_cmpeq_epi8(before, g)));
-        for (auto lanes = static_cast<unsigned>(_mm_movemask_epi8(pairs)); lanes != 0;
-             lanes &= lanes - 1) {
-            if (visit(i + static_cast<std::size_t>(std::countr_zero(lanes)))) return found;
+    }
+
+#if QUOD_HAS_AVX2_PATH
+    // Visits the pairs of whole blocks from `i`; answers where the blocks end.
+    QUOD_AVX2_FUNCTION std::size_t pairsInBlocks(std::size_t i) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(text_.data());
+        const __m256i equalsSign = _mm256_set1_epi8('=');
+        const __m256i t = _mm256_set1_epi8('t');
+        const __m256i g = _mm256_set1_epi8('g');
+        const __m256i lowerCaseBit = _mm256_set1_epi8(0x20);
+        for (; i + 32 <= text_.size(); i += 32) {
+            const __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i));
+            const __m256i before = _mm256_or_si256(
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i - 1)), lowerCaseBit);
+            const __m256i pairs = _mm256_and_si256(
+                _mm256_cmpeq_epi8(here, equalsSign),
+                _mm256_or_si256(_mm256_cmpeq_epi8(before, t), _mm256_cmpeq_epi8(before, g)));
+            for (auto lanes = static_cast<unsigned>(_mm256_movemask_epi8(pairs)); lanes != 0;
+                 lanes &= lanes - 1) {
+                if (visit(i + static_cast<std::size_t>(std::countr_zero(lanes)))) return i;
+            }
         }
+        return i;
     }
 #endif
-    for (; i < size; ++i) {
-        if (text[i] == '=' && visit(i)) return found;
-    }
-    return found;
+
+    std::string_view text_;
+    Keywords found_;
+    bool stopped_ = false;
+};
+
+Keywords findKeywords(std::string_view text, std::size_t firstEquals = 1) {
+    return KeywordSearch(text).run(firstEquals);
 }
 
 constexpr bool endsCharsetValue(char c) {

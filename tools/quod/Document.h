@@ -29,6 +29,8 @@ class InputBytes {
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return file_.bytes(); }
     // Lets the memory of bytes()[offset, offset + length) go (FileBytes::release).
     void release(std::size_t offset, std::size_t length) const { file_.release(offset, length); }
+    // Brings them in at once before they are read (FileBytes::prefetch).
+    void prefetch(std::size_t offset, std::size_t length) const { file_.prefetch(offset, length); }
     // The name to use in messages: the path, or "standard input".
     [[nodiscard]] const std::string& displayName() const { return displayName_; }
 

@@ -73,6 +73,7 @@ void forEachWindow(const InputBytes& input, std::size_t start, PieceRewrite::Cut
     std::size_t released = 0;  // on a page border: everything before it has been let go
     for (std::size_t at = start; at < bytes.size();) {
         const std::size_t end = cutAt(bytes, at, at + windowBytes(), cut);
+        input.prefetch(at, end - at);
         visit(bytes.subspan(at, end - at));
         at = end;
         input.release(released, at - released);
