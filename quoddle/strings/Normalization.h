@@ -18,4 +18,9 @@ namespace quod {
 // rare sequences, which are then composed to decide).
 [[nodiscard]] QUODDLE_EXPORT bool isCanonicalComposition(std::u16string_view text);
 
+// The same for well-formed UTF-8, for text read in bytes: the answers are those for its UTF-16
+// form, in UTF-8.
+[[nodiscard]] QUODDLE_EXPORT std::string canonicalComposition(std::string_view utf8);
+[[nodiscard]] QUODDLE_EXPORT bool isCanonicalComposition(std::string_view utf8);
+
 }  // namespace quod

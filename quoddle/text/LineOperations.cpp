@@ -10,7 +10,6 @@
 #include <thread>
 #include <vector>
 
-#include "quoddle/base/Precondition.h"
 #include "quoddle/strings/CharacterSets.h"
 #include "quoddle/strings/LineEnding.h"
 #include "quoddle/strings/LineFunctions.h"
@@ -18,6 +17,7 @@
 #include "quoddle/strings/Normalization.h"
 #include "quoddle/strings/StringEditing.h"
 #include "quoddle/text/EditingSteps.h"
+#include "quoddle/text/internal/OccurrenceTable.h"
 
 namespace quod::Text {
 namespace {
@@ -237,21 +237,10 @@ bool isNewlineUnit(char16_t unit) {
 // The first line of each group of canonically equivalent lines of `source`, in order. Composed
 // forms are equal exactly when lines are canonically equivalent; most lines are composed already
 // and are hashed where they stand, only the others are composed (into a scratch string).
-//
-// An open-addressing table of one word a line kept: its place among the kept lines (40 bits) and
-// 24 more bits of its hash, so that a probe reads the storage again only for a likely duplicate.
 std::vector<LineSlice> firstOccurrences(const TextStorage& storage, Range source) {
-    constexpr int indexBits = 40;
-    constexpr uint64_t indexMask = (uint64_t{1} << indexBits) - 1;
-    // Never reached in memory: a line takes a unit at least, with its terminator.
-    QUOD_PRECONDITION(source.length < static_cast<int64_t>(indexMask), "text too long to dedupe");
     const int64_t lineBound = storage.lineIndexOfPosition(source.end()) -
                               storage.lineIndexOfPosition(source.location) + 1;
-    std::size_t capacity = 16;
-    while (capacity < static_cast<std::size_t>(lineBound) * 3 / 2)
-        capacity *= 2;
-    std::vector<uint64_t> slots(capacity, 0);  // 0: empty
-    const std::size_t mask = capacity - 1;
+    quod::internal::OccurrenceTable table(static_cast<std::size_t>(lineBound));
     const std::hash<std::u16string_view> hasher;
     std::u16string composed;
     std::u16string earlier;
@@ -264,16 +253,10 @@ std::vector<LineSlice> firstOccurrences(const TextStorage& storage, Range source
     std::vector<LineSlice> firsts;
     forEachLine(storage, source, [&](LineSlice line, std::u16string_view text) {
         const std::u16string_view key = composedForm(text, composed);
-        const std::size_t hash = hasher(key);
-        const uint64_t tag = static_cast<uint64_t>(hash >> indexBits) << indexBits;
-        std::size_t at = hash & mask;
-        for (; slots[at] != 0; at = (at + 1) & mask) {
-            if ((slots[at] & ~indexMask) != tag) continue;
-            const LineSlice& kept = firsts[(slots[at] & indexMask) - 1];
-            if (composedForm(readLine(storage, kept, earlier), earlierComposed) == key) return;
-        }
-        firsts.push_back(line);
-        slots[at] = tag | static_cast<uint64_t>(firsts.size());
+        const bool isNew = table.insertIfNew(hasher(key), [&](std::size_t kept) {
+            return composedForm(readLine(storage, firsts[kept], earlier), earlierComposed) == key;
+        });
+        if (isNew) firsts.push_back(line);
     });
     return firsts;
 }

@@ -1,4 +1,5 @@
-// Composed forms: the text itself when nothing in it combines, ICU's NFC otherwise.
+// Composed forms: the text itself when nothing in it combines, ICU's NFC otherwise, in UTF-16
+// and in UTF-8.
 #include <gtest/gtest.h>
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
@@ -7,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/Normalization.h"
 
 namespace quod {
@@ -36,6 +38,9 @@ TEST(Normalization, ComposesAsIcuDoes) {
                                       static_cast<std::size_t>(composed.length()));
         EXPECT_EQ(canonicalComposition(text), expected) << testing::PrintToString(text);
         EXPECT_EQ(isCanonicalComposition(text), expected == text) << testing::PrintToString(text);
+        // The same text in UTF-8 gets the same answers, in UTF-8.
+        EXPECT_EQ(canonicalComposition(toUtf8(text)), toUtf8(expected));
+        EXPECT_EQ(isCanonicalComposition(toUtf8(text)), expected == text);
     }
 }
 

@@ -3,7 +3,7 @@
 // group with equal NFC forms, and put them back joined by LF. Random lines mix ASCII with digit
 // runs, case, composed and decomposed accents, punctuation, other scripts and every line
 // terminator; storages with tiny chunks make lines cross piece borders, and a large text takes
-// the two-thread path.
+// the two-thread path. Unique over UTF-8 pieces is held to unique on the view.
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
@@ -15,10 +15,12 @@
 #include <vector>
 
 #include "quoddle/base/CurrentLocale.h"
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/LineFunctions.h"
 #include "quoddle/strings/LocalizedCompare.h"
 #include "quoddle/strings/Normalization.h"
 #include "quoddle/text/LineOperations.h"
+#include "quoddle/text/UniqueLinesStream.h"
 
 namespace quod {
 namespace {
@@ -204,6 +206,36 @@ TEST(LineSorting, ReplacingTheWholeTextKeepsUndoAndRedoExact) {
     view.undo();
     view.undo();
     EXPECT_EQ(view.string(), text);
+}
+
+// The stream over UTF-8 pieces cut after random line feeds gives what unique gives on a view that
+// selects every line but the last terminator, byte for byte, however many lines each piece holds.
+RC_GTEST_PROP(LineSorting, UniqueOverPiecesMatchesUniqueOnTheView, ()) {
+    std::mt19937 random(*rc::gen::arbitrary<uint32_t>());
+    const std::u16string text = randomText(random, *rc::gen::inRange(0, 60), 8);
+    std::size_t contentsEnd = text.size();
+    if (text.ends_with(u"\r\n")) {
+        contentsEnd -= 2;
+    } else if (!text.empty() && isLineTerminator(text.back())) {
+        contentsEnd -= 1;
+    }
+    QuodTextView view(text);
+    if (contentsEnd > 0) {
+        view.setSelectedRange({0, static_cast<int64_t>(contentsEnd)});
+        Text::unique(view);
+    }
+
+    const std::string bytes = toUtf8(text);
+    std::string out;
+    UniqueLinesStream unique;
+    for (std::size_t start = 0; start < bytes.size();) {
+        std::size_t end = bytes.find('\n', start + random() % 40);
+        end = end == std::string::npos ? bytes.size() : end + 1;
+        unique.append(std::string_view(bytes).substr(start, end - start), out);
+        start = end;
+    }
+    unique.finish(out);
+    RC_ASSERT(out == toUtf8(view.string()));
 }
 
 }  // namespace

@@ -38,6 +38,8 @@ TEST(QuodStreaming, WindowsCutAnywhereGiveTheWholeTextResult) {
         "\xCE\x9F\xCE\x94\xCE\x9F\xCE\xA3\r\n\xCE\x9F\xCE\x94\xCE\x9F\xCE\xA3\nkos\nchung\xE2\x80"
         "\xA8"
         "\xE4\xB8\xAD\xE6\x96\x87 kos\r\n",
+        "caf\xC3\xA9\ncafe\xCC\x81\r\nx\xC2\x85x\xE2\x80\xA9"
+        "caf\xC3\xA9\n\nx\n\n",
         "",
     };
     const std::vector<std::vector<std::string>> commands = {
@@ -55,6 +57,7 @@ TEST(QuodStreaming, WindowsCutAnywhereGiveTheWholeTextResult) {
         {"transform", "toXMLHex"},
         {"transform", "latinToKatakana"},
         {"count"},
+        {"unique"},
     };
     for (const std::string& input : inputs) {
         for (const auto& command : commands) {

@@ -28,7 +28,8 @@ class PieceRewrite {
 
     virtual ~PieceRewrite() = default;
     [[nodiscard]] virtual Cut cut() const = 0;
-    // Appends the output for `piece` to `out`.
+    // Appends the output for `piece` to `out`. Pieces are views of the input's bytes, which stay
+    // readable at the same addresses until the run ends (pages let go come back when read).
     virtual void rewrite(std::string_view piece, std::string& out) = 0;
     // Appends what the end of the text settles.
     virtual void finish(std::string& out) = 0;

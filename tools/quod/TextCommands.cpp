@@ -23,6 +23,7 @@
 #include "quoddle/text/QuodTextView.h"
 #include "quoddle/text/SelectionRewrites.h"
 #include "quoddle/text/SelectionStatistics.h"
+#include "quoddle/text/UniqueLinesStream.h"
 
 namespace quod::tool {
 namespace {
@@ -61,6 +62,18 @@ class LineEndingPieces : public PieceRewrite {
 
   private:
     LineEndingConverter converter_;
+};
+
+// Unique lines straight from the UTF-8 bytes: the pieces are windows of the input, which stays
+// mapped (or read) until the end, as the stream needs.
+class UniquePieces : public PieceRewrite {
+  public:
+    Cut cut() const override { return Cut::afterLineFeed; }
+    void rewrite(std::string_view piece, std::string& out) override { unique_.append(piece, out); }
+    void finish(std::string& out) override { unique_.finish(out); }
+
+  private:
+    UniqueLinesStream unique_;
 };
 
 // A rewrite of the decoded text. The whole-text way leaves the final line terminator out of the
@@ -289,7 +302,7 @@ TextEdit sortEdit(const ParsedArguments& arguments, std::vector<std::string>&) {
 }
 
 TextEdit uniqueEdit(const ParsedArguments&, std::vector<std::string>&) {
-    return {.apply = Text::unique};
+    return {.apply = Text::unique, .inPieces = [] { return std::make_unique<UniquePieces>(); }};
 }
 
 constexpr OptionDefinition indentOptions[] = {{"--with", true}};
