@@ -62,7 +62,6 @@ Utf8Scan scanFrom(const std::uint8_t* bytes, std::size_t size, std::size_t i, st
     return {true, size, units};
 }
 
-
 #if QUOD_HAS_AVX2_PATH
 
 QUOD_AVX2_FUNCTION inline __m256i table(std::array<std::uint8_t, 16> entries) {
@@ -95,17 +94,15 @@ QUOD_AVX2_FUNCTION Utf8Scan scanAvx2(const std::uint8_t* bytes, std::size_t size
                            tooLarge1000 = 1 << 6, overlong4 = 1 << 6, twoContinuations = 1 << 7;
     constexpr std::uint8_t carry = tooShort | tooLong | twoContinuations;
     // By the high nibble of the first byte of a pair.
-    const __m256i firstHigh = table({tooLong, tooLong, tooLong, tooLong, tooLong, tooLong, tooLong,
-                                     tooLong, twoContinuations, twoContinuations,
-                                     twoContinuations, twoContinuations, tooShort | overlong2,
-                                     tooShort, tooShort | overlong3 | surrogate,
-                                     tooShort | tooLarge | tooLarge1000 | overlong4});
+    const __m256i firstHigh = table(
+        {tooLong, tooLong, tooLong, tooLong, tooLong, tooLong, tooLong, tooLong, twoContinuations,
+         twoContinuations, twoContinuations, twoContinuations, tooShort | overlong2, tooShort,
+         tooShort | overlong3 | surrogate, tooShort | tooLarge | tooLarge1000 | overlong4});
     // By its low nibble.
     constexpr std::uint8_t large = carry | tooLarge | tooLarge1000;
-    const __m256i firstLow =
-        table({carry | overlong3 | overlong2 | overlong4, carry | overlong2, carry, carry,
-               carry | tooLarge, large, large, large, large, large, large, large, large,
-               large | surrogate, large, large});
+    const __m256i firstLow = table({carry | overlong3 | overlong2 | overlong4, carry | overlong2,
+                                    carry, carry, carry | tooLarge, large, large, large, large,
+                                    large, large, large, large, large | surrogate, large, large});
     // By the high nibble of the second byte.
     constexpr std::uint8_t continuation = tooLong | overlong2 | twoContinuations;
     const __m256i secondHigh =
@@ -143,11 +140,11 @@ QUOD_AVX2_FUNCTION Utf8Scan scanAvx2(const std::uint8_t* bytes, std::size_t size
         // Signed comparisons: ASCII is above both bounds, so four-byte leads need the high bit.
         const auto notContinuation = static_cast<unsigned>(
             _mm256_movemask_epi8(_mm256_cmpgt_epi8(current, lastContinuation)));
-        const auto fourByteLeads =
-            static_cast<unsigned>(_mm256_movemask_epi8(current)) &
-            static_cast<unsigned>(_mm256_movemask_epi8(_mm256_cmpgt_epi8(current, lastThreeByteLead)));
-        units += static_cast<std::size_t>(std::popcount(notContinuation) +
-                                          std::popcount(fourByteLeads));
+        const auto fourByteLeads = static_cast<unsigned>(_mm256_movemask_epi8(current)) &
+                                   static_cast<unsigned>(_mm256_movemask_epi8(
+                                       _mm256_cmpgt_epi8(current, lastThreeByteLead)));
+        units +=
+            static_cast<std::size_t>(std::popcount(notContinuation) + std::popcount(fourByteLeads));
         before = current;
     }
     // The blocks before `i` may end inside a character, cut off or not: the scalar scan goes

@@ -6,10 +6,13 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <ranges>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "quoddle/base/Precondition.h"
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/CharacterSets.h"
 #include "quoddle/strings/LineEnding.h"
 #include "quoddle/strings/LineFunctions.h"
@@ -18,6 +21,7 @@
 #include "quoddle/strings/StringEditing.h"
 #include "quoddle/text/EditingSteps.h"
 #include "quoddle/text/internal/OccurrenceTable.h"
+#include "quoddle/text/internal/Utf8Lines.h"
 
 namespace quod::Text {
 namespace {
@@ -109,17 +113,102 @@ std::u16string_view readLine(const TextStorage& storage, LineSlice line, std::u1
 
 // Builds the result from slices of the storage in the given order, joined with LF, and puts it in
 // place of the target as one undo step.
-void replaceWithLines(QuodTextView& view, const SelectedLines& lines,
-                      const std::vector<LineSlice>& order) {
+template <typename Slices>
+void replaceWithLines(QuodTextView& view, const SelectedLines& lines, const Slices& order) {
     const TextStorage& storage = view.textStorage();
     TextStorage::Builder builder(storage);
     const auto append = [&builder](std::u16string_view piece) { builder.append(piece); };
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        if (i > 0) builder.append(u"\n");
-        storage.forEachPiece({order[i].start, order[i].length}, append);
+    bool first = true;
+    for (const LineSlice line : order) {
+        if (!first) builder.append(u"\n");
+        first = false;
+        storage.forEachPiece({line.start, line.length}, append);
     }
     view.replaceWithUndo(builder.finish(), lines.target, true);
 }
+
+// How sorting reads lines: from a storage, where slices count UTF-16 units, or from UTF-8 bytes,
+// where they count bytes. Either way the keys and the tie-break see the lines in UTF-16.
+class StorageLines {
+  public:
+    explicit StorageLines(const TextStorage& storage) : storage_(storage) {}
+    template <typename Visit>
+    void forEach(Range range, Visit&& visit) const {
+        forEachLine(storage_, range, visit);
+    }
+    std::u16string_view read(LineSlice line, std::u16string& buffer) const {
+        return readLine(storage_, line, buffer);
+    }
+    // A line start near `position`, at or before it.
+    int64_t lineStartNear(int64_t position) const {
+        return storage_.lineRangeForRange({position, 0}).location;
+    }
+    // The length of the contents of the line that starts at `start`.
+    int64_t lineLength(int64_t start) const {
+        return storage_.lineBoundsForRange({start, 0}).contentsEnd - start;
+    }
+    // At least as many as forEach visits: one a line start in the range, and one more.
+    std::size_t lineCountBound(Range range) const {
+        return static_cast<std::size_t>(storage_.lineIndexOfPosition(range.end()) -
+                                        storage_.lineIndexOfPosition(range.location) + 1);
+    }
+
+  private:
+    const TextStorage& storage_;
+};
+
+class Utf8Lines {
+  public:
+    explicit Utf8Lines(std::string_view text) : text_(text) {}
+    template <typename Visit>
+    void forEach(Range range, Visit&& visit) const {
+        const std::string_view part = bytes({range.location, range.length});
+        std::u16string decoded;
+        quod::internal::forEachUtf8Line(part, [&](std::string_view line, std::string_view) {
+            decoded = toUtf16(line);
+            visit(LineSlice{range.location + (line.data() - part.data()), std::ssize(line)},
+                  std::u16string_view(decoded));
+        });
+    }
+    std::u16string_view read(LineSlice line, std::u16string& buffer) const {
+        buffer = toUtf16(bytes(line));
+        return buffer;
+    }
+    std::string_view bytes(LineSlice line) const {
+        return text_.substr(static_cast<std::size_t>(line.start),
+                            static_cast<std::size_t>(line.length));
+    }
+    // A line start near `position`: just after the first terminator from the character there
+    // (from the LF when the position parts a CR from it), or the end of the text.
+    int64_t lineStartNear(int64_t position) const {
+        auto at = static_cast<std::size_t>(position);
+        while (at > 0 && at < text_.size() && (static_cast<std::uint8_t>(text_[at]) & 0xC0) == 0x80)
+            --at;
+        if (at > 0 && at < text_.size() && text_[at - 1] == '\r' && text_[at] == '\n') ++at;
+        for (; at < text_.size(); ++at) {
+            if (const std::size_t length = quod::internal::terminatorAt(text_, at)) {
+                return static_cast<int64_t>(at + length);
+            }
+        }
+        return std::ssize(text_);
+    }
+    std::size_t lineCountBound(Range range) const {
+        std::size_t count = 0;
+        quod::internal::forEachUtf8Line(bytes({range.location, range.length}),
+                                        [&count](std::string_view, std::string_view) { ++count; });
+        return count;
+    }
+    int64_t lineLength(int64_t start) const {
+        for (auto at = static_cast<std::size_t>(start); at < text_.size(); ++at) {
+            if (quod::internal::terminatorAt(text_, at) > 0)
+                return static_cast<int64_t>(at) - start;
+        }
+        return std::ssize(text_) - start;
+    }
+
+  private:
+    std::string_view text_;
+};
 
 // Collation keys of a run of lines, each behind its slice, in blocks of memory that never move:
 // an entry is a LineSlice followed by the key, which ends with ICU's terminating zero byte (the
@@ -127,39 +216,51 @@ void replaceWithLines(QuodTextView& view, const SelectedLines& lines,
 class SortKeys {
   public:
     const std::byte* add(LineSlice line, std::u16string_view text) {
+        const uint64_t packed = pack(line);
         const std::size_t guess = text.size() * 2 + 16;
-        std::byte* entry = reserve(sizeof(LineSlice) + guess);
-        std::memcpy(entry, &line, sizeof line);
-        auto* key = reinterpret_cast<uint8_t*>(entry + sizeof(LineSlice));
+        std::byte* entry = reserve(sizeof packed + guess);
+        std::memcpy(entry, &packed, sizeof packed);
+        auto* key = reinterpret_cast<uint8_t*>(entry + sizeof packed);
         std::size_t needed = localizedStandardKey(text, key, guess);
         if (needed > guess) {
-            entry = reserve(sizeof(LineSlice) + needed);
-            std::memcpy(entry, &line, sizeof line);
-            key = reinterpret_cast<uint8_t*>(entry + sizeof(LineSlice));
+            entry = reserve(sizeof packed + needed);
+            std::memcpy(entry, &packed, sizeof packed);
+            key = reinterpret_cast<uint8_t*>(entry + sizeof packed);
             needed = localizedStandardKey(text, key, needed);
         }
-        used_ += alignUp(sizeof(LineSlice) + needed);
+        used_ += sizeof packed + needed;
         return entry;
     }
 
-    static LineSlice slice(const std::byte* entry) {
-        LineSlice line;
-        std::memcpy(&line, entry, sizeof line);
-        return line;
+    // The slice of an entry's line; `lines` measures the rare line too long to pack.
+    template <typename Lines>
+    static LineSlice slice(const std::byte* entry, const Lines& lines) {
+        uint64_t packed;
+        std::memcpy(&packed, entry, sizeof packed);
+        const auto start = static_cast<int64_t>(packed >> lengthBits);
+        const auto length = static_cast<int64_t>(packed & longLine);
+        return {start, length == longLine ? lines.lineLength(start) : length};
     }
     static const char* key(const std::byte* entry) {
-        return reinterpret_cast<const char*>(entry + sizeof(LineSlice));
+        return reinterpret_cast<const char*>(entry + sizeof(uint64_t));
     }
 
   private:
-    static constexpr std::size_t blockSize = std::size_t{1} << 20;
-    static std::size_t alignUp(std::size_t size) {
-        return (size + alignof(LineSlice) - 1) & ~(alignof(LineSlice) - 1);
+    // A slice in eight bytes, read with memcpy so that entries need no alignment: where the line
+    // starts (40 bits) and how long it is (24 bits), or a mark for a line of 16 Mi units or more.
+    static constexpr int lengthBits = 24;
+    static constexpr uint64_t longLine = (uint64_t{1} << lengthBits) - 1;
+    static uint64_t pack(LineSlice line) {
+        QUOD_PRECONDITION(line.start < (int64_t{1} << (64 - lengthBits)), "text too long to sort");
+        return static_cast<uint64_t>(line.start) << lengthBits |
+               std::min(static_cast<uint64_t>(line.length), longLine);
     }
+
+    static constexpr std::size_t blockSize = std::size_t{1} << 20;
     // Room for `size` bytes at the end of the last block, starting a block when it has none.
     std::byte* reserve(std::size_t size) {
         if (blocks_.empty() || used_ + size > capacity_) {
-            capacity_ = std::max(blockSize, alignUp(size));
+            capacity_ = std::max(blockSize, size);
             blocks_.push_back(std::make_unique<std::byte[]>(capacity_));
             used_ = 0;
         }
@@ -177,35 +278,58 @@ class SortKeys {
 // between lines with equal keys is not transitive when digit runs are split or written in other
 // scripts ("é1" < "\x01é01" < "é１" < "é1"), and a different sorting algorithm would then order
 // such lines differently from the way they have always been ordered.
-std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, bool reverse) {
+//
+// The result keeps the keys, which its entries point into: each entry is a line's slice and key.
+struct SortedLines {
+    SortKeys firstKeys;
+    SortKeys secondKeys;
+    std::vector<const std::byte*> entries;
+
+    template <typename Lines>
+    auto slices(const Lines& lines) const {
+        return entries | std::views::transform([&lines](const std::byte* entry) {
+                   return SortKeys::slice(entry, lines);
+               });
+    }
+};
+
+template <typename Lines>
+SortedLines sortedLines(const Lines& lines, Range source, bool reverse) {
+    // Each half writes its entries into its own part of one vector, sized from the halves' line
+    // counts (at most those), so that no vector grows by doubling or is copied into another.
     struct Half {
-        SortKeys keys;
-        std::vector<const std::byte*> entries;
+        SortKeys& keys;
+        const std::byte** next;
     };
-    const auto makeKeys = [&storage](Range range, Half& half) {
-        forEachLine(storage, range, [&half](LineSlice line, std::u16string_view text) {
-            half.entries.push_back(half.keys.add(line, text));
+    const auto makeKeys = [&lines](Range range, Half& half) {
+        lines.forEach(range, [&half](LineSlice line, std::u16string_view text) {
+            *half.next++ = half.keys.add(line, text);
         });
     };
     // The second half starts at a line start near the middle; small sources stay on one thread.
     constexpr int64_t parallelFrom = 64 * 1024;
     int64_t middle = source.end();
     if (source.length >= parallelFrom) {
-        middle = storage.lineRangeForRange({source.location + source.length / 2, 0}).location;
-        middle = std::max(middle, source.location);
+        middle = lines.lineStartNear(source.location + source.length / 2);
+        middle = std::clamp(middle, source.location, source.end());
     }
-    Half first;
-    Half second;
+    const Range firstRange{source.location, middle - source.location};
+    const Range secondRange{middle, source.end() - middle};
+    const std::size_t firstBound = lines.lineCountBound(firstRange);
+    SortedLines sorted;
+    std::vector<const std::byte*>& entries = sorted.entries;
+    entries.resize(firstBound + (secondRange.length > 0 ? lines.lineCountBound(secondRange) : 0));
+    Half first{sorted.firstKeys, entries.data()};
+    Half second{sorted.secondKeys, entries.data() + firstBound};
     {
         std::jthread helper;
-        if (middle < source.end()) {
-            helper = std::jthread([&] { makeKeys({middle, source.end() - middle}, second); });
-        }
-        makeKeys({source.location, middle - source.location}, first);
+        if (secondRange.length > 0) helper = std::jthread([&] { makeKeys(secondRange, second); });
+        makeKeys(firstRange, first);
     }
-    std::vector<const std::byte*>& entries = first.entries;
-    entries.insert(entries.end(), second.entries.begin(), second.entries.end());
-    second.entries = {};
+    const auto firstEnd = entries.begin() + (first.next - entries.data());
+    const auto secondEnd = std::move(entries.begin() + static_cast<std::ptrdiff_t>(firstBound),
+                                     entries.begin() + (second.next - entries.data()), firstEnd);
+    entries.erase(secondEnd, entries.end());
 
     std::u16string textA;
     std::u16string textB;
@@ -213,8 +337,8 @@ std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, boo
         const int bytes = std::strcmp(SortKeys::key(a), SortKeys::key(b));
         if (bytes != 0) return bytes < 0 ? std::weak_ordering::less : std::weak_ordering::greater;
         // Equal keys: the texts decide, read back from the storage.
-        return localizedStandardTieBreak(readLine(storage, SortKeys::slice(a), textA),
-                                         readLine(storage, SortKeys::slice(b), textB));
+        return localizedStandardTieBreak(lines.read(SortKeys::slice(a, lines), textA),
+                                         lines.read(SortKeys::slice(b, lines), textB));
     };
     if (reverse) {
         std::stable_sort(entries.begin(), entries.end(),
@@ -223,11 +347,7 @@ std::vector<LineSlice> sortedLines(const TextStorage& storage, Range source, boo
         std::stable_sort(entries.begin(), entries.end(),
                          [&](const std::byte* a, const std::byte* b) { return compare(a, b) < 0; });
     }
-    std::vector<LineSlice> order;
-    order.reserve(entries.size());
-    for (const std::byte* entry : entries)
-        order.push_back(SortKeys::slice(entry));
-    return order;
+    return sorted;
 }
 
 bool isNewlineUnit(char16_t unit) {
@@ -347,7 +467,9 @@ void removeLineEndingsInSelection(QuodTextView& view) {
 void sort(QuodTextView& view, bool reverse) {
     QuodTextView::UndoGroup command(view);
     const SelectedLines lines = selectedLines(view);
-    replaceWithLines(view, lines, sortedLines(view.textStorage(), lines.source, reverse));
+    const StorageLines storageLines(view.textStorage());
+    const SortedLines sorted = sortedLines(storageLines, lines.source, reverse);
+    replaceWithLines(view, lines, sorted.slices(storageLines));
 }
 
 void unique(QuodTextView& view) {
@@ -413,6 +535,34 @@ void selectMore(QuodTextView& view) {
     } else {
         view.selectAll();
     }
+}
+
+void sortUtf8Lines(std::string_view utf8, bool reverse,
+                   const std::function<void(std::string_view)>& write) {
+    // The selection leaves out the final terminator, which goes out after the lines as it was.
+    std::size_t contentsEnd = utf8.size();
+    quod::internal::forEachUtf8Line(
+        utf8.substr(utf8.size() - std::min<std::size_t>(utf8.size(), 3)),
+        [&](std::string_view, std::string_view terminator) {
+            contentsEnd = utf8.size() - terminator.size();
+        });
+    const Utf8Lines lines(utf8);
+    const SortedLines sorted = sortedLines(lines, {0, std::ssize(utf8)}, reverse);
+    // Written a megabyte at a time: the result is as large as the text.
+    constexpr std::size_t flushAt = std::size_t{1} << 20;
+    std::string buffer;
+    bool first = true;
+    for (const LineSlice line : sorted.slices(lines)) {
+        if (!first) buffer += '\n';
+        first = false;
+        buffer += lines.bytes(line);
+        if (buffer.size() >= flushAt) {
+            write(buffer);
+            buffer.clear();
+        }
+    }
+    buffer += utf8.substr(contentsEnd);
+    write(buffer);
 }
 
 }  // namespace quod::Text

@@ -16,6 +16,7 @@
 // last).
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "quoddle/Export.h"
@@ -53,6 +54,14 @@ QUODDLE_EXPORT void sort(QuodTextView& view, bool reverse);
 
 // As sort, but keeps the first of each group of canonically equivalent lines, in their order.
 QUODDLE_EXPORT void unique(QuodTextView& view);
+
+// Sort for well-formed UTF-8 text held whole, such as a mapped file, without decoding it into a
+// view: hands `write`, a megabyte or so at a time, the bytes that sort makes of a view of the text
+// whose raw selection is every line without the last line's terminator (the lines, sorted and
+// joined with LF, then the final terminator as it was). Sorting a file takes its size in memory
+// for the keys, instead of twice that for the text alone. (UniqueLinesStream is unique's form.)
+QUODDLE_EXPORT void sortUtf8Lines(std::string_view utf8, bool reverse,
+                                  const std::function<void(std::string_view)>& write);
 
 // Swaps the lines of the raw selection with the line above and keeps the selection on them. The
 // last line, when unterminated, runs together with the line it passes.

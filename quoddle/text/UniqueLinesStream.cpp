@@ -5,77 +5,12 @@
 #include <cstring>
 #include <vector>
 
-#include "quoddle/base/internal/Avx2.h"
 #include "quoddle/strings/Normalization.h"
 #include "quoddle/text/internal/OccurrenceTable.h"
+#include "quoddle/text/internal/Utf8Lines.h"
 
 namespace quod {
 namespace {
-
-// The bytes that can start a line terminator in UTF-8: LF, CR, and the lead bytes of NEL (C2 85)
-// and of LS and PS (E2 80 A8, E2 80 A9).
-constexpr bool mayStartTerminator(std::uint8_t byte) {
-    return byte == 0x0A || byte == 0x0D || byte == 0xC2 || byte == 0xE2;
-}
-
-// The length of the line terminator at `at`, or 0.
-std::size_t terminatorAt(std::string_view text, std::size_t at) {
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<std::uint8_t>(text[i]) : std::uint8_t{0};
-    };
-    switch (byte(at)) {
-        case 0x0A:
-            return 1;
-        case 0x0D:
-            return byte(at + 1) == 0x0A ? 2 : 1;
-        case 0xC2:
-            return byte(at + 1) == 0x85 ? 2 : 0;
-        case 0xE2:
-            return byte(at + 1) == 0x80 && (byte(at + 2) == 0xA8 || byte(at + 2) == 0xA9) ? 3
-                                                                                           : 0;
-        default:
-            return 0;
-    }
-}
-
-// Calls visit(at) for the bytes of `text` that may start a terminator, in order; visit answers
-// where to go on from (past the terminator it found, or the next byte). Thirty-two bytes at a time
-// where the processor can: the blocks answer where they stopped, and the rest goes byte by byte.
-#if QUOD_HAS_AVX2_PATH
-template <typename Visit>
-QUOD_AVX2_FUNCTION std::size_t candidatesInBlocks(std::string_view text, Visit& visit) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-    const __m256i lf = _mm256_set1_epi8(0x0A);
-    const __m256i cr = _mm256_set1_epi8(0x0D);
-    const __m256i nelLead = _mm256_set1_epi8(static_cast<char>(0xC2));
-    const __m256i separatorLead = _mm256_set1_epi8(static_cast<char>(0xE2));
-    std::size_t block = 0;
-    std::size_t next = 0;
-    for (; block + 32 <= text.size(); block += 32) {
-        const __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + block));
-        auto lanes = static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(
-            _mm256_or_si256(_mm256_cmpeq_epi8(here, lf), _mm256_cmpeq_epi8(here, cr)),
-            _mm256_or_si256(_mm256_cmpeq_epi8(here, nelLead),
-                            _mm256_cmpeq_epi8(here, separatorLead)))));
-        for (; lanes != 0; lanes &= lanes - 1) {
-            const std::size_t at = block + static_cast<std::size_t>(std::countr_zero(lanes));
-            if (at >= next) next = visit(at);
-        }
-    }
-    return std::max(block, next);
-}
-#endif
-
-template <typename Visit>
-void forEachCandidate(std::string_view text, Visit& visit) {
-    std::size_t at = 0;
-#if QUOD_HAS_AVX2_PATH
-    if (internal::hasAvx2()) at = candidatesInBlocks(text, visit);
-#endif
-    while (at < text.size()) {
-        at = mayStartTerminator(static_cast<std::uint8_t>(text[at])) ? visit(at) : at + 1;
-    }
-}
 
 // A line's hash, from its bytes eight at a time (multiply-and-rotate per word, then a final mix,
 // so that the high bits the table tags with depend on every byte), and whether it has a byte of
@@ -156,9 +91,12 @@ struct UniqueLinesStream::State {
     void keepFirsts(std::string& out) {
         constexpr std::size_t ahead = 8;
         for (std::size_t i = 0; i < lines.size(); ++i) {
-            if (i + ahead < lines.size()) __builtin_prefetch(table.slotAddress(lines[i + ahead].hash));
+            if (i + ahead < lines.size())
+                __builtin_prefetch(table.slotAddress(lines[i + ahead].hash));
             const Line& line = lines[i];
-            const std::string_view key = line.composed < 0 ? line.text : composedForms[static_cast<std::size_t>(line.composed)];
+            const std::string_view key =
+                line.composed < 0 ? line.text
+                                  : composedForms[static_cast<std::size_t>(line.composed)];
             const bool isNew = table.insertIfNew(line.hash, [&](std::size_t k) {
                 if (!kept[k].composed) return kept[k].text == key;
                 earlierComposed = canonicalComposition(kept[k].text);
@@ -181,21 +119,10 @@ UniqueLinesStream& UniqueLinesStream::operator=(UniqueLinesStream&&) noexcept = 
 
 void UniqueLinesStream::append(std::string_view piece, std::string& out) {
     State& state = *state_;
-    std::size_t lineStart = 0;
-    auto visit = [&](std::size_t at) {
-        const std::size_t length = terminatorAt(piece, at);
-        if (length == 0) return at + 1;
-        state.add(piece.substr(lineStart, at - lineStart));
-        state.finalTerminator = piece.substr(at, length);
-        lineStart = at + length;
-        return lineStart;
-    };
-    forEachCandidate(piece, visit);
-    // The text's last line, without a terminator.
-    if (lineStart < piece.size()) {
-        state.add(piece.substr(lineStart));
-        state.finalTerminator = {};
-    }
+    internal::forEachUtf8Line(piece, [&state](std::string_view line, std::string_view terminator) {
+        state.add(line);
+        state.finalTerminator = terminator;
+    });
     state.keepFirsts(out);
 }
 

@@ -9,6 +9,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <set>
 #include <string>
@@ -208,9 +209,10 @@ TEST(LineSorting, ReplacingTheWholeTextKeepsUndoAndRedoExact) {
     EXPECT_EQ(view.string(), text);
 }
 
-// The stream over UTF-8 pieces cut after random line feeds gives what unique gives on a view that
-// selects every line but the last terminator, byte for byte, however many lines each piece holds.
-RC_GTEST_PROP(LineSorting, UniqueOverPiecesMatchesUniqueOnTheView, ()) {
+// Over UTF-8 bytes, unique (fed pieces cut after random line feeds) and sort give what they give
+// on a view that selects every line but the last terminator, byte for byte.
+RC_GTEST_PROP(LineSorting, UniqueAndSortOverUtf8MatchTheView, ()) {
+    setCurrentLocale(icu::Locale("en_US"));
     std::mt19937 random(*rc::gen::arbitrary<uint32_t>());
     const std::u16string text = randomText(random, *rc::gen::inRange(0, 60), 8);
     std::size_t contentsEnd = text.size();
@@ -219,23 +221,46 @@ RC_GTEST_PROP(LineSorting, UniqueOverPiecesMatchesUniqueOnTheView, ()) {
     } else if (!text.empty() && isLineTerminator(text.back())) {
         contentsEnd -= 1;
     }
-    QuodTextView view(text);
-    if (contentsEnd > 0) {
-        view.setSelectedRange({0, static_cast<int64_t>(contentsEnd)});
-        Text::unique(view);
-    }
-
+    const auto onView = [&](const std::function<void(QuodTextView&)>& operation) {
+        QuodTextView view(text);
+        if (contentsEnd > 0) {
+            view.setSelectedRange({0, static_cast<int64_t>(contentsEnd)});
+            operation(view);
+        }
+        return toUtf8(view.string());
+    };
     const std::string bytes = toUtf8(text);
-    std::string out;
-    UniqueLinesStream unique;
+
+    std::string unique;
+    UniqueLinesStream stream;
     for (std::size_t start = 0; start < bytes.size();) {
         std::size_t end = bytes.find('\n', start + random() % 40);
         end = end == std::string::npos ? bytes.size() : end + 1;
-        unique.append(std::string_view(bytes).substr(start, end - start), out);
+        stream.append(std::string_view(bytes).substr(start, end - start), unique);
         start = end;
     }
-    unique.finish(out);
-    RC_ASSERT(out == toUtf8(view.string()));
+    stream.finish(unique);
+    RC_ASSERT(unique == onView([](QuodTextView& view) { Text::unique(view); }));
+
+    for (const bool reverse : {false, true}) {
+        std::string sorted;
+        Text::sortUtf8Lines(bytes, reverse, [&sorted](std::string_view piece) { sorted += piece; });
+        RC_ASSERT(sorted == onView([reverse](QuodTextView& view) { Text::sort(view, reverse); }));
+    }
+}
+
+// A text large enough that its keys are made on two threads sorts as the view does.
+TEST(LineSorting, LargeUtf8TextsSortAsTheViewDoes) {
+    setCurrentLocale(icu::Locale("en_US"));
+    std::mt19937 random(5);
+    const std::u16string text = randomText(random, 12'000, 14) + u"\r\n";
+    QuodTextView view(text);
+    view.setSelectedRange({0, std::ssize(text) - 2});
+    Text::sort(view, false);
+    std::string sorted;
+    Text::sortUtf8Lines(toUtf8(text), false,
+                        [&sorted](std::string_view piece) { sorted += piece; });
+    EXPECT_EQ(sorted, toUtf8(view.string()));
 }
 
 }  // namespace

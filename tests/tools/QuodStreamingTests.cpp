@@ -1,5 +1,5 @@
-// Commands that go through a file in windows give, byte for byte, what the whole-text way gives,
-// wherever the windows are cut: windows of one to five bytes put a cut inside every CR LF pair,
+// Commands that go through a file in windows (or, sorting, over its undecoded bytes) give, byte
+// for byte, what the whole-text way gives, wherever the windows are cut: windows of one to five bytes put a cut inside every CR LF pair,
 // every multi-byte character and every cluster of a base and its marks.
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -58,6 +58,8 @@ TEST(QuodStreaming, WindowsCutAnywhereGiveTheWholeTextResult) {
         {"transform", "latinToKatakana"},
         {"count"},
         {"unique"},
+        {"sort"},
+        {"sort", "--reverse"},
     };
     for (const std::string& input : inputs) {
         for (const auto& command : commands) {

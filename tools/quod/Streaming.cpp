@@ -67,7 +67,8 @@ std::size_t cutAt(std::span<const std::uint8_t> bytes, std::size_t start, std::s
 // go; reports how far it got to `progress`.
 void forEachWindow(const InputBytes& input, std::size_t start, PieceRewrite::Cut cut,
                    Progress& progress,
-                   const std::function<void(std::span<const std::uint8_t>)>& visit) {
+                   const std::function<void(std::span<const std::uint8_t>)>& visit,
+                   bool letGo = true) {
     const auto bytes = input.bytes();
     const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     std::size_t released = 0;  // on a page border: everything before it has been let go
@@ -76,19 +77,22 @@ void forEachWindow(const InputBytes& input, std::size_t start, PieceRewrite::Cut
         input.prefetch(at, end - at);
         visit(bytes.subspan(at, end - at));
         at = end;
-        input.release(released, at - released);
-        released = at / page * page;
+        if (letGo) {
+            input.release(released, at - released);
+            released = at / page * page;
+        }
         progress.advance(at, bytes.size());
     }
 }
 
 }  // namespace
 
-Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress) {
+Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress, bool letGo) {
     progress.stage("reading");
     Text::EncodingScan scan;
-    forEachWindow(input, 0, PieceRewrite::Cut::anywhere, progress,
-                  [&scan](std::span<const std::uint8_t> window) { scan.append(window); });
+    forEachWindow(
+        input, 0, PieceRewrite::Cut::anywhere, progress,
+        [&scan](std::span<const std::uint8_t> window) { scan.append(window); }, letGo);
     return scan;
 }
 
@@ -111,6 +115,20 @@ bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport,
     out.clear();
     rewrite.finish(out);
     output.write(out);
+    return true;
+}
+
+bool runOnWholeUtf8(const InputBytes& input, const WholeRewrite& rewrite, Output& output,
+                    Progress& progress) {
+    if (windowBytes() == 0) return false;
+    // The rewrite reads all of the text again, so its pages stay.
+    const auto encoding = settledUtf8Encoding(scanInWindows(input, progress, false));
+    if (!encoding) return false;
+    output.write(encoding->byteOrderMark);
+    const auto bytes = input.bytes().subspan(encoding->byteOrderMark.size());
+    progress.stage("working");
+    rewrite({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+            [&output](std::string_view piece) { output.write(piece); });
     return true;
 }
 

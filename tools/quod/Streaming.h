@@ -5,9 +5,11 @@
 // the text, joined (line endings, case changes, XML escaping, counting), and when a first pass over
 // the bytes settles that the document is UTF-8 (Text::EncodingScan): what a document in another
 // encoding decodes to, or whether it decodes at all, only all of its bytes can tell, and those
-// documents go the whole-text way. The windows of a mapped file are let go once read.
+// documents go the whole-text way. The windows of a mapped file are let go once read. Sorting,
+// which needs all the text at once, still works on its bytes without decoding them.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -41,7 +43,19 @@ class PieceRewrite {
 [[nodiscard]] bool runInWindows(const InputBytes& input, PieceRewrite& rewrite, bool isReport,
                                 Output& output, Progress& progress);
 
-// Runs all of the input's bytes through an encoding scan, window by window.
-[[nodiscard]] Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress);
+// Runs all of the input's bytes through an encoding scan, window by window, letting each go once
+// read unless `letGo` is false.
+[[nodiscard]] Text::EncodingScan scanInWindows(const InputBytes& input, Progress& progress,
+                                               bool letGo = true);
+
+// A command's work on the whole UTF-8 text at once, for what needs all of it but need not decode
+// it (sorting): it gets the text and a writer for its result.
+using WholeRewrite =
+    std::function<void(std::string_view text, const std::function<void(std::string_view)>& write)>;
+
+// Runs `rewrite` on the input's text after its byte-order mark, which goes out first, as writing a
+// document does. Answers false, having written nothing, when the input is not settled as UTF-8.
+[[nodiscard]] bool runOnWholeUtf8(const InputBytes& input, const WholeRewrite& rewrite,
+                                  Output& output, Progress& progress);
 
 }  // namespace quod::tool

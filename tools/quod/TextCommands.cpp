@@ -48,6 +48,8 @@ struct TextEdit {
     // Set for commands that can go through a whole file in pieces (Streaming.h), with the
     // result of `apply` or `report` on the whole text.
     std::function<std::unique_ptr<PieceRewrite>()> inPieces = {};
+    // Set for commands that work on the whole UTF-8 text without decoding it (Streaming.h).
+    WholeRewrite onUtf8 = {};
 };
 
 // Line endings rewritten in the UTF-8 bytes themselves: a CR or LF byte is always that character.
@@ -231,6 +233,10 @@ int runTextCommand(const Command& command, std::span<const std::string> argument
             output.commit();
             return 0;
         }
+    } else if (edit.onUtf8 && !lines && !named &&
+               runOnWholeUtf8(input, edit.onUtf8, output, progress)) {
+        output.commit();
+        return 0;
     }
     progress.stage("decoding");
     DecodedText document = named ? decodeDocumentAs(input.bytes(), *named, input.displayName())
@@ -298,7 +304,12 @@ constexpr OptionDefinition sortOptions[] = {{"--reverse"}};
 
 TextEdit sortEdit(const ParsedArguments& arguments, std::vector<std::string>&) {
     const bool reverse = arguments.has("--reverse");
-    return {.apply = [reverse](QuodTextView& view) { Text::sort(view, reverse); }};
+    return {
+        .apply = [reverse](QuodTextView& view) { Text::sort(view, reverse); },
+        .onUtf8 =
+            [reverse](std::string_view text, const std::function<void(std::string_view)>& write) {
+                Text::sortUtf8Lines(text, reverse, write);
+            }};
 }
 
 TextEdit uniqueEdit(const ParsedArguments&, std::vector<std::string>&) {
