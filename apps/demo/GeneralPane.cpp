@@ -69,6 +69,11 @@ GeneralPane::GeneralPane(QWidget* parent)
     selectData(*lineEndings_, Defaults::lineEndings.get());
 
     encodings_->setObjectName("encodings");
+    // 0, the stored value until the user picks one, opens documents in the encoding they are
+    // detected in; without an entry of its own the list would show nothing chosen.
+    encodings_->addItem(label(Localize::automatic()),
+                        QVariant::fromValue(static_cast<int64_t>(Encodings::none)));
+    encodings_->insertSeparator(1);
     for (const StringEncoding& entry : Misc::allStringEncodings()) {
         encodings_->addItem(label(entry.name), QVariant::fromValue(entry.tag));
     }

@@ -5,7 +5,8 @@
 // moment the user changes it; the editor hears of it through a notification:
 //   - "TabWidth" (1 to 64) and "IndentWithSpaces": "TabWidthChanged";
 //   - "ConvertLineEndings" and "LineEndings" (0 LF, 1 CR LF, 2 CR), "AlwaysUseTextEncoding" and
-//     "EncodingsPopUp" (an encoding number): "UpdateStatusBar";
+//     "EncodingsPopUp" (an encoding number of the framework's encoding list, or 0, listed first as
+//     "Automatic": the encoding a document is detected in): "UpdateStatusBar";
 //   - "Resume" (reopen the windows at the next launch): "ResumeChanged", which every open window
 //     follows at once.
 // A stored line ending or encoding the lists do not know selects nothing and is kept until the user

@@ -9,6 +9,7 @@
 
 #include "demo/TextMenus.h"
 #include "demo/ThemeMenu.h"
+#include "demo/ThemePalette.h"
 #include "quoddle/Version.h"
 #include "quoddle/filesystem/Url.h"
 #include "quoddle/interface/NotificationName.h"
@@ -148,7 +149,9 @@ void MainWindow::addFileMenu() {
         }
     });
     QAction* saveAs = menu->addAction(QString::fromStdString(Localize::Ellipsis::save()));
-    saveAs->setShortcut(QKeySequence::SaveAs);
+    // Qt's standard Save As and Preferences keys are empty outside some desktops; the demo's
+    // keys are the same everywhere.
+    saveAs->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     connect(saveAs, &QAction::triggered, this, [this] {
         const QString path = QFileDialog::getSaveFileName(this);
         std::string reason;
@@ -168,7 +171,7 @@ void MainWindow::addFileMenu() {
     QAction* preferences =
         menu->addAction(QString::fromStdString(Localize::preferences()) + QString::fromUtf8("…"));
     preferences->setObjectName("preferences");
-    preferences->setShortcut(QKeySequence::Preferences);
+    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(preferences, &QAction::triggered, this,
             [] { WindowController::show(Singleton::WindowController::preferences); });
     menu->addSeparator();
@@ -215,6 +218,7 @@ void MainWindow::updateTitle() {
 }
 
 void MainWindow::applyThemeColors() {
+    ThemePalette::apply();
     editor_->applyThemeColors();
     editor_->applyTextFont();
     editor_->applyTabWidth();

@@ -11,7 +11,8 @@
 // The sidebar shows the chosen folder, or the folder of the first document opened.
 //
 // Everything the window shows of the preferences is read from the standard store when it is
-// needed and again when "ThemeChanged" is posted.
+// needed and again when "ThemeChanged" is posted; the frame around the text follows the theme
+// through the application palette (ThemePalette.h).
 #pragma once
 
 #include <QMainWindow>

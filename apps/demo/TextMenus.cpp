@@ -150,7 +150,9 @@ void TextMenus::addLinesMenu(QMenuBar& bar) {
     addOperation(*menu, "Join Lines", "removeLineEndingsInSelection",
                  &Text::removeLineEndingsInSelection);
     menu->addSeparator();
-    addOperation(*menu, "Sort", "sort", [](QuodTextView& view) { Text::sort(view, false); });
+    addOperation(
+        *menu, "Sort", "sort", [](QuodTextView& view) { Text::sort(view, false); },
+        QKeySequence(Qt::Key_F9));
     addOperation(*menu, "Sort Descending", "sortReverse",
                  [](QuodTextView& view) { Text::sort(view, true); });
     addOperation(*menu, "Unique", "unique", &Text::unique);

@@ -2,6 +2,7 @@
 
 #include <QMenu>
 
+#include "demo/ThemePalette.h"
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
@@ -33,6 +34,18 @@ void ThemeMenu::applyTheme(Theme::City city) {
     Defaults::currentTheme.set(static_cast<int64_t>(city));
     Defaults::hasManuallyChangedTheme.set(true);
     Notifications().post(NotificationName::themeChanged());
+}
+
+Theme::City ThemeMenu::defaultTheme() {
+    return ThemePalette::desktopIsDark() ? Theme::City::oslo : Theme::City::stockholm;
+}
+
+void ThemeMenu::registerDefaultTheme() {
+    const Theme::City city = defaultTheme();
+    PlistDictionary defaults = Theme::all().at(static_cast<std::size_t>(city));
+    defaults.insert_or_assign(std::string(Defaults::currentTheme.key()),
+                              PlistValue(static_cast<int64_t>(city)));
+    UserDefaults::standard()->registerDefaults(defaults);
 }
 
 QString ThemeMenu::themeName(Theme::City city) {

@@ -4,7 +4,8 @@
 //   quoddle-demo --screenshot OUT.png [--theme N] [DOCUMENT]
 //
 // --theme N applies built-in theme N (0 Stockholm, 1 Copenhagen, 2 Oslo, 3 Helsinki) before the
-// window opens. --screenshot renders the window into OUT.png and exits, without a display: it
+// window opens; until a theme is chosen, Stockholm is in effect (Oslo on a dark desktop) without
+// being stored. --screenshot renders the window into OUT.png and exits, without a display: it
 // picks the offscreen platform unless QT_QPA_PLATFORM names one, and it uses preferences that live
 // only in memory, so a check run neither reads nor changes the user's settings.
 //
@@ -22,6 +23,7 @@
 #include "demo/MainWindow.h"
 #include "demo/Screenshot.h"
 #include "demo/ThemeMenu.h"
+#include "demo/ThemePalette.h"
 #include "quoddle/base/FileReplacement.h"
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/MainLoopBridge.h"
@@ -71,6 +73,9 @@ int main(int argc, char** argv) {
     if (documents.size() > 1) return fail("one document at a time", 2);
 
     if (screenshot) quod::UserDefaults::setStandard(quod::UserDefaults::inMemory());
+    // The desktop's colours, before a theme changes the application's.
+    (void)quod::demo::ThemePalette::desktopPalette();
+    quod::demo::ThemeMenu::registerDefaultTheme();
     if (parser.isSet("theme")) {
         bool isNumber = false;
         const auto city =

@@ -101,6 +101,12 @@ void PreferencesTabViewController::setSelectedTabViewItemIndex(int index) {
     tabViewDidSelect(index);
 }
 
+void PreferencesTabViewController::setTabStyle(TabStyle style) {
+    tabStyle_ = style;
+    tabBar_->setHidden(style != TabStyle::tabBar);
+    sizeWindowToSelectedPane();
+}
+
 void PreferencesTabViewController::loadViewIfNeeded() {
     if (loaded_) return;
     loaded_ = true;

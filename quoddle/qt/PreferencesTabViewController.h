@@ -23,6 +23,11 @@
 // size hint), grown to the pane's minimum size hint and to what the tabs and the window's other
 // parts need. The window's top left corner stays where it is.
 //
+// Tab style. With `tabBar` (the default) the tabs are a tab bar above the panes. With `toolbar`
+// the controller shows no tab bar of its own: the window offers the tabs elsewhere, as the
+// preferences window does with the segmented control in its toolbar, so that they are not shown
+// twice. Selection and sizing work the same either way.
+//
 // Transition options are kept for hosts that read them; panes switch at once, without animation.
 #pragma once
 
@@ -55,6 +60,8 @@ class QUODDLE_EXPORT PreferencesTabViewController : public QWidget {
     // Options of the platform's tab transitions: user interaction allowed, no animation.
     static constexpr unsigned allowUserInteraction = 0x1000;
 
+    enum class TabStyle { tabBar, toolbar };
+
     explicit PreferencesTabViewController(QWidget* parent = nullptr);
     ~PreferencesTabViewController() override;
 
@@ -64,6 +71,9 @@ class QUODDLE_EXPORT PreferencesTabViewController : public QWidget {
 
     [[nodiscard]] int selectedTabViewItemIndex() const { return selected_; }
     void setSelectedTabViewItemIndex(int index);
+
+    [[nodiscard]] TabStyle tabStyle() const { return tabStyle_; }
+    void setTabStyle(TabStyle style);
 
     [[nodiscard]] unsigned transitionOptions() const { return transitionOptions_; }
     void setTransitionOptions(unsigned options) { transitionOptions_ = options; }
@@ -88,6 +98,7 @@ class QUODDLE_EXPORT PreferencesTabViewController : public QWidget {
     std::vector<TabViewItem> items_;
     int selected_ = -1;
     unsigned transitionOptions_ = 0;
+    TabStyle tabStyle_ = TabStyle::tabBar;
     bool loaded_ = false;
 };
 

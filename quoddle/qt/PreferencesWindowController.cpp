@@ -3,9 +3,12 @@
 #include <QMainWindow>
 #include <limits>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/qt/Storyboard.h"
+#include "quoddle/qt/ToolbarBuilder.h"
 #include "quoddle/qt/WindowFrame.h"
 #include "quoddle/runtime/Localize.h"
 
@@ -60,15 +63,22 @@ void PreferencesWindowController::switchTab(SegmentedControl* sender) {
 QToolBar* PreferencesWindowController::makeTouchBar() {
     delete touchBar_.data();
     delete tabControl_.data();
-    auto* bar = new QToolBar(window());
+    const ToolbarItemIdentifier items[] = {
+        ToolbarItemIdentifier(std::string(tabSegmentedControlIdentifier))};
+    const ToolbarBuilder builder({}, [this](const ToolbarItemIdentifier& identifier) {
+        return makeTouchBarItem(identifier.rawValue());
+    });
+    QToolBar* bar = builder.makeToolbar(items, window());
     bar->setObjectName(QStringLiteral("PreferencesTouchBar"));
-    bar->setMovable(false);
-    bar->setFloatable(false);
-    if (QWidget* item = makeTouchBarItem(tabSegmentedControlIdentifier)) bar->addWidget(item);
-    if (auto* mainWindow = qobject_cast<QMainWindow*>(window())) {
+    auto* mainWindow = qobject_cast<QMainWindow*>(window());
+    if (mainWindow) {
         mainWindow->addToolBar(Qt::TopToolBarArea, bar);
     } else {
         bar->hide();  // nowhere to show it; the control still follows the selection
+    }
+    if (auto* tabs = tabViewController()) {
+        tabs->setTabStyle(mainWindow ? PreferencesTabViewController::TabStyle::toolbar
+                                     : PreferencesTabViewController::TabStyle::tabBar);
     }
     touchBar_ = bar;
     return bar;
@@ -76,16 +86,19 @@ QToolBar* PreferencesWindowController::makeTouchBar() {
 
 QWidget* PreferencesWindowController::makeTouchBarItem(std::string_view identifier) {
     if (identifier != tabSegmentedControlIdentifier) return nullptr;
-    auto* control = new SegmentedControl();
+    std::vector<ToolbarItem> segments;
     if (const auto* tabs = tabViewController()) {
-        for (const auto& item : tabs->tabViewItems())
-            control->addSegment(item.label, item.image);
+        for (const auto& item : tabs->tabViewItems()) {
+            // Segments are told apart by their place; the identifier only names it.
+            segments.push_back({ToolbarItemIdentifier(std::string(tabSegmentedControlIdentifier) +
+                                                      "." + std::to_string(segments.size())),
+                                item.label, item.image});
+        }
     }
-    connect(control, &SegmentedControl::segmentChosen, this,
-            &PreferencesWindowController::switchTab);
-    tabControl_ = control;
+    const ToolbarBuilder builder([this](const ToolbarItemIdentifier&) { switchTab(tabControl_); });
+    tabControl_ = builder.makeSegmentedControl(std::move(segments));
     updateTouchBarSegmentedControl();
-    return control;
+    return tabControl_;
 }
 
 void PreferencesWindowController::updateTouchBarSegmentedControl() {

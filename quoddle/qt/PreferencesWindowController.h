@@ -5,7 +5,10 @@
 // WindowFrame.h) and its tab ("PreferencesTab") in the standard defaults, titles itself after the
 // selected tab, comes back after a relaunch as the restoration class "Preferences" (see
 // WindowRestoration.h) and offers the tabs again as a segmented control. Linux has no touch bar,
-// so that control sits in the window's toolbar; the names stay those of the touch bar.
+// so that control sits in the window's toolbar (made by ToolbarBuilder, its one item being
+// `tabSegmentedControlIdentifier`); the names stay those of the touch bar. Where that toolbar
+// shows (the window is a QMainWindow), it is the window's only tab switcher: the tab view
+// controller takes the `toolbar` tab style and hides its own tab bar.
 //
 // Loading (`windowDidLoad`):
 //   1. WindowController's loading (registration, "Resume"),
@@ -15,7 +18,7 @@
 //   5. the title becomes the localized "Preferences",
 //   6. the tab view controller (when it is the content) loads, takes the transition options
 //      0x1000 and selects the tab stored under "PreferencesTab",
-//   7. the segmented control is built (`makeTouchBar`).
+//   7. the toolbar with the segmented control is built (`makeTouchBar`).
 // Moving the window stores its frame at once; choosing a segment stores its index and selects
 // that tab.
 //
@@ -58,10 +61,12 @@ class QUODDLE_EXPORT PreferencesWindowController : public WindowController {
     // Stores the sender's selected segment under "PreferencesTab", then selects that tab.
     void switchTab(SegmentedControl* sender);
     // Builds the bar with the tab control (replacing an earlier one) and shows it in the window's
-    // toolbar area, when the window is a QMainWindow.
+    // toolbar area, when the window is a QMainWindow; the tab view controller then hides its tab
+    // bar. Otherwise the bar stays hidden and the tab bar shows.
     QToolBar* makeTouchBar();
-    // The item for `identifier`: a new tab control for tabSegmentedControlIdentifier, kept in
-    // touchBarTabSegmentedControl(); null for any other identifier.
+    // The item for `identifier`: a new tab control for tabSegmentedControlIdentifier, one segment
+    // per tab with the tab's label and image, kept in touchBarTabSegmentedControl(); null for any
+    // other identifier.
     QWidget* makeTouchBarItem(std::string_view identifier);
     // Selects the segment stored under "PreferencesTab".
     void updateTouchBarSegmentedControl();

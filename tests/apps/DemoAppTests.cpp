@@ -3,17 +3,22 @@
 // sidebar, and the --screenshot mode of the built program.
 #include <QAction>
 #include <QDir>
+#include <QDockWidget>
 #include <QFile>
 #include <QMenu>
+#include <QMenuBar>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "demo/MainWindow.h"
 #include "demo/ThemeMenu.h"
+#include "demo/ThemePalette.h"
 #include "quoddle/Version.h"
 #include "quoddle/base/Utf.h"
+#include "quoddle/gutter/LineNumberAttributes.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
@@ -73,6 +78,16 @@ double shareOf(const QImage& image, const QColor& color) {
             matching += closeTo(image.pixelColor(x, y), color);
     }
     return static_cast<double>(matching) / (static_cast<double>(image.width()) * image.height());
+}
+
+// The share of an image's pixels that are dark (lightness below one half).
+double darkShareOf(const QImage& image) {
+    int64_t dark = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            dark += image.pixelColor(x, y).lightnessF() < 0.5;
+    }
+    return static_cast<double>(dark) / (static_cast<double>(image.width()) * image.height());
 }
 
 }  // namespace
@@ -274,6 +289,62 @@ class DemoAppTests : public QObject {
         QTRY_VERIFY(gutter.width() > narrow);
     }
 
+    void theGutterDrawsInTheDefaultThemeFromTheFirstWindow() {
+        // What the demo does at start-up: a theme is in effect before the user chooses one.
+        ThemeMenu::registerDefaultTheme();
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(window.openDocument(file("numbered.txt", QByteArray("line\n").repeated(40))));
+        quod::GutterWidget& gutter = window.editorArea().gutter();
+        QTRY_VERIFY(gutter.lineNumberView().textStorage().get() ==
+                    &window.document().textView()->textStorage());
+        QTRY_VERIFY(gutter.width() > 0);
+        // The theme's small line-number font, not the framework's 11-point fallback.
+        QCOMPARE(quod::LineNumberAttributes::shared().fontSize, 9.0);
+        const QImage firstLaunch = gutter.grab().toImage();
+        // Nothing of it went into the user's settings.
+        QVERIFY(quod::UserDefaults::standard()->persistentDomain().empty());
+
+        // Choosing that same theme changes nothing on screen.
+        ThemeMenu::applyTheme(ThemeMenu::defaultTheme());
+        QCOMPARE(gutter.grab().toImage(), firstLaunch);
+    }
+
+    void theWholeWindowFollowsATheme() {
+        const bool desktopIsDark = quod::demo::ThemePalette::desktopIsDark();
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto* menu = window.findChild<QMenu*>("helpMenu");
+        menu->popup(window.mapToGlobal(QPoint(40, 40)));
+        QVERIFY(QTest::qWaitForWindowExposed(menu));
+        const QList<QWidget*> frame{window.sidebar().viewport(),
+                                    window.findChild<QDockWidget*>("outputDock"), window.menuBar(),
+                                    window.statusBar(), menu};
+        // The parts whose colours are not as dark (or as light) as `dark` says.
+        const auto otherwise = [&frame](bool dark) {
+            QStringList parts;
+            for (QWidget* widget : frame) {
+                const double share = darkShareOf(widget->grab().toImage());
+                if (dark ? share < 0.8 : share > 0.2) parts << widget->metaObject()->className();
+            }
+            return parts;
+        };
+
+        // A theme unlike the desktop takes the whole window with it (windows hear of a new
+        // application palette through the event loop)...
+        ThemeMenu::applyTheme(desktopIsDark ? quod::Theme::City::stockholm
+                                            : quod::Theme::City::oslo);
+        QTRY_COMPARE(otherwise(!desktopIsDark), QStringList());
+        // ...and one like it gives the window back to the desktop's colours.
+        ThemeMenu::applyTheme(desktopIsDark ? quod::Theme::City::oslo
+                                            : quod::Theme::City::stockholm);
+        QTRY_COMPARE(otherwise(desktopIsDark), QStringList());
+        QCOMPARE(QApplication::palette(), quod::demo::ThemePalette::desktopPalette());
+        menu->hide();
+    }
+
     void theStatusLineCountsTheSelection() {
         MainWindow window;
         QVERIFY(window.openDocument(file("status.txt",
@@ -298,8 +369,8 @@ class DemoAppTests : public QObject {
         QVERIFY(window.statusLine().isCounting());
         QVERIFY2(window.statusLine().selectionText().contains(QString::fromUtf8("… characters")),
                  qPrintable(window.statusLine().selectionText()));
-        const QString allCounted =
-            QString::fromStdString(quod::Localize::intString(largeLength)) + " characters   2 words";
+        const QString allCounted = QString::fromStdString(quod::Localize::intString(largeLength)) +
+                                   " characters   2 words";
         QTRY_VERIFY2(window.statusLine().selectionText().contains(allCounted),
                      qPrintable(window.statusLine().selectionText()));
 

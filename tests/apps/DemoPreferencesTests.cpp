@@ -3,6 +3,7 @@
 // a visible change in the editor.
 #include <QDir>
 #include <QSignalSpy>
+#include <QTabBar>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,7 +22,9 @@
 #include "quoddle/qt/PreferencesWindowController.h"
 #include "quoddle/qt/QtConversions.h"
 #include "quoddle/qt/WindowRestoration.h"
+#include "quoddle/runtime/Localize.h"
 #include "quoddle/runtime/NotificationCenter.h"
+#include "quoddle/strings/StringEncoding.h"
 #include "tests/support/AlertAnswers.h"
 
 using quod::Notification;
@@ -150,6 +153,44 @@ class DemoPreferencesTests : public QObject {
         QCOMPARE(Defaults::lineEndings.get(), 7);
     }
 
+    void theEncodingListOffersEveryEncodingAndAutomaticUntilOneIsChosen() {
+        GeneralPane pane;
+        QComboBox& list = pane.encodings();
+        QCOMPARE(list.currentText(), QString::fromStdString(quod::Localize::automatic()));
+        QCOMPARE(list.currentData().toLongLong(), 0);
+        for (const quod::StringEncoding& entry : quod::Misc::allStringEncodings()) {
+            QVERIFY2(list.findData(QVariant::fromValue(entry.tag)) >= 0, entry.name.c_str());
+        }
+
+        const int latin1 = list.findData(QVariant::fromValue<int64_t>(5));
+        list.setCurrentIndex(latin1);
+        Q_EMIT list.activated(latin1);
+        QCOMPARE(Defaults::encodingsPopUp.get(), 5);
+        list.setCurrentIndex(0);
+        Q_EMIT list.activated(0);
+        QCOMPARE(Defaults::encodingsPopUp.get(), 0);
+        QVERIFY(UserDefaults::standard()->objectForKey("EncodingsPopUp").has_value());
+    }
+
+    void ctrlCommaOpensThePreferencesFromTheEditor() {
+        auto* editor = quod::demo::DocumentWindowController::open();
+        QVERIFY(QTest::qWaitForWindowActive(editor->window()));
+        // The menu shows the key beside the item.
+        QCOMPARE(editor->mainWindow().findChild<QAction*>("preferences")->shortcut(),
+                 QKeySequence(Qt::CTRL | Qt::Key_Comma));
+        QVERIFY(quod::WindowController::controller(
+                    quod::Singleton::WindowController::preferences) == nullptr);
+        QWidget* focus = QApplication::focusWidget();
+        QVERIFY(focus == &editor->mainWindow().editorArea().textView());
+        QTest::keyClick(focus, Qt::Key_Comma, Qt::ControlModifier);
+        auto* preferences =
+            quod::WindowController::controller(quod::Singleton::WindowController::preferences);
+        QVERIFY(preferences != nullptr);
+        QVERIFY(QTest::qWaitForWindowExposed(preferences->window()));
+        // The key went to the shortcut, not into the text.
+        QVERIFY(editor->mainWindow().document().textView()->string().empty());
+    }
+
     void choosingAThemeInThePaneRepaintsTheEditorAndTheMenuFollowsBack() {
         MainWindow window;
         window.show();
@@ -227,6 +268,10 @@ class DemoPreferencesTests : public QObject {
         for (const auto& item : preferences->tabViewController()->tabViewItems())
             labels << item.label;
         QCOMPARE(labels, QStringList({"General", "Themes", "Commands", "Snippets"}));
+        // One row of tabs: the toolbar's, without a tab bar below it.
+        QVERIFY(preferences->touchBarTabSegmentedControl()->isVisible());
+        for (const QTabBar* tabBar : preferences->window()->findChildren<QTabBar*>())
+            QVERIFY(!tabBar->isVisible());
 
         // Through the tab control, as a user would pick the pane.
         preferences->touchBarTabSegmentedControl()->setSelectedSegment(1);

@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QTabBar>
 #include <QTest>
+#include <QToolBar>
 #include <QToolButton>
 #include <mutex>
 #include <string>
@@ -324,6 +325,28 @@ class WindowControllerTests : public QObject {
         Defaults::preferencesTab.set(0);
         controller->updateTouchBarSegmentedControl();
         QCOMPARE(control->selectedSegment(), 0);
+    }
+
+    void theTabsAreOfferedOnceInTheToolbar() {
+        auto* controller = showPreferences();
+        auto* tabs = controller->tabViewController();
+        QCOMPARE(tabs->tabStyle(), PreferencesTabViewController::TabStyle::toolbar);
+        auto* bar = controller->window()->findChild<QToolBar*>("PreferencesTouchBar");
+        QVERIFY(bar && bar->isVisible());
+        QVERIFY(controller->touchBarTabSegmentedControl()->isVisible());
+        QVERIFY(!tabs->findChild<QTabBar*>()->isVisible());
+        // The pane starts right below the toolbar, with no row of tabs between them.
+        auto* pane = tabs->tabViewItems()[0].viewController;
+        const int paneTop = pane->mapTo(controller->window(), QPoint(0, 0)).y();
+        const int barBottom = bar->geometry().bottom();
+        QVERIFY2(paneTop - barBottom < 8, qPrintable(QString("%1 %2").arg(paneTop).arg(barBottom)));
+
+        // A tab view controller on its own keeps its tab bar.
+        PreferencesTabViewController alone;
+        alone.addTabViewItem(new QLabel("one"), "One");
+        alone.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&alone));
+        QVERIFY(alone.findChild<QTabBar*>()->isVisible());
     }
 
     void aSheetKeepsOnlyTheSizeTheUserGaveIt() {
