@@ -1,6 +1,7 @@
 // Commands that go through a file in windows (or, sorting, over its undecoded bytes) give, byte
-// for byte, what the whole-text way gives, wherever the windows are cut: windows of one to five bytes put a cut inside every CR LF pair,
-// every multi-byte character and every cluster of a base and its marks.
+// for byte, what the whole-text way gives, wherever the windows are cut: windows of one to five
+// bytes put a cut inside every CR LF pair, every multi-byte character and every cluster of a base
+// and its marks.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -9,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -72,6 +74,55 @@ TEST(QuodStreaming, WindowsCutAnywhereGiveTheWholeTextResult) {
                     << command.front() << " " << command.back() << " in windows of " << window
                     << " on " << ::testing::PrintToString(input);
             }
+        }
+    }
+}
+
+// Random texts of the pieces where cuts go wrong, through every streaming command in windows of
+// random small sizes: the same bytes as the whole-text way.
+TEST(QuodStreaming, RandomTextsInRandomWindowsGiveTheWholeTextResult) {
+    const std::string pieces[] = {"a",
+                                  "Z",
+                                  " ",
+                                  "\t",
+                                  "\n",
+                                  "\r",
+                                  "\r\n",
+                                  "\xC3\xA9",
+                                  "e\xCC\x81",
+                                  "\xCF\x83",
+                                  "\xCE\xA3",
+                                  "&",
+                                  "<",
+                                  "\xC2\x85",
+                                  "\xE2\x80\xA8",
+                                  "\xF0\x9F\x98\x80",
+                                  "\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD",
+                                  "42",
+                                  "ss",
+                                  "\xC3\x9F",
+                                  "\xE4\xB8\xAD"};
+    const std::vector<std::vector<std::string>> commands = {{"line-endings", "--to", "windows"},
+                                                            {"line-endings", "--remove"},
+                                                            {"case", "upper"},
+                                                            {"case", "capitalize"},
+                                                            {"xml-escape"},
+                                                            {"transform", "toLatin"},
+                                                            {"count"},
+                                                            {"unique"},
+                                                            {"sort", "--reverse"}};
+    std::mt19937 random(11);
+    for (int round = 0; round < 6; ++round) {
+        std::string input;
+        for (auto count = 5 + random() % 60; count > 0; --count)
+            input += pieces[random() % std::size(pieces)];
+        for (const auto& command : commands) {
+            const QuodRun whole = runWithWindows(command, input, "0");
+            ASSERT_EQ(whole.exitStatus, 0) << whole.err;
+            const std::string window = std::to_string(1 + random() % 7);
+            const QuodRun streamed = runWithWindows(command, input, window);
+            EXPECT_EQ(streamed.out, whole.out) << command.front() << " in windows of " << window
+                                               << " on " << ::testing::PrintToString(input);
         }
     }
 }
