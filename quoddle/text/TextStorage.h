@@ -93,9 +93,9 @@ class QUODDLE_EXPORT TextStorage {
     // and `maximum` under edits. The defaults suit documents of any size; tiny sizes make every
     // chunk border reachable in tests.
     struct ChunkSizes {
-        int64_t target = 2048;
-        int64_t minimum = 512;
-        int64_t maximum = 4096;
+        int64_t target = 3072;
+        int64_t minimum = 768;
+        int64_t maximum = 6144;
         friend bool operator==(const ChunkSizes&, const ChunkSizes&) = default;
     };
     TextStorage(std::u16string_view text, ChunkSizes sizes);

@@ -26,7 +26,7 @@ namespace quod::internal {
 // to the heap.
 class LineEnds {
   public:
-    static constexpr uint32_t inlineCapacity = 40;
+    static constexpr uint32_t inlineCapacity = 64;
 
     LineEnds() = default;
     LineEnds(LineEnds&& other) noexcept;
