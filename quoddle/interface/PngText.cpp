@@ -78,9 +78,9 @@ std::optional<std::pair<std::string, std::string>> textChunk(std::string_view ty
         if (rest.empty() || rest[0] != 0) return std::nullopt;
         const auto text = inflate(rest.subspan(1));
         if (!text) return std::nullopt;
-        return std::pair(std::move(key), latin1ToUtf8(std::span(
-                                             reinterpret_cast<const std::uint8_t*>(text->data()),
-                                             text->size())));
+        return std::pair(std::move(key),
+                         latin1ToUtf8(std::span(reinterpret_cast<const std::uint8_t*>(text->data()),
+                                                text->size())));
     }
     // iTXt: compression flag, compression method, language tag, translated keyword, UTF-8 text.
     if (rest.size() < 2) return std::nullopt;
@@ -91,8 +91,7 @@ std::optional<std::pair<std::string, std::string>> textChunk(std::string_view ty
     const auto translatedKeyword = splitAtNul(language->second);
     if (!translatedKeyword) return std::nullopt;
     const std::span<const std::uint8_t> text = translatedKeyword->second;
-    if (!compressed)
-        return std::pair(std::move(key), std::string(text.begin(), text.end()));
+    if (!compressed) return std::pair(std::move(key), std::string(text.begin(), text.end()));
     auto inflated = inflate(text);
     if (!inflated) return std::nullopt;
     return std::pair(std::move(key), std::move(*inflated));
@@ -102,8 +101,8 @@ std::optional<std::pair<std::string, std::string>> textChunk(std::string_view ty
 
 std::optional<std::vector<std::pair<std::string, std::string>>> pngText(
     std::span<const std::uint8_t> bytes) {
-    if (bytes.size() < sizeof signature || !std::ranges::equal(bytes.first(sizeof signature),
-                                                                std::span(signature))) {
+    if (bytes.size() < sizeof signature ||
+        !std::ranges::equal(bytes.first(sizeof signature), std::span(signature))) {
         return std::nullopt;
     }
     std::vector<std::pair<std::string, std::string>> chunks;

@@ -77,8 +77,7 @@ bool write(const std::string& target, std::span<const std::uint8_t> png) {
     // Replacing would keep an older thumbnail's mode, which another writer may have made
     // readable to others.
     if (::unlink(target.c_str()) != 0 && errno != ENOENT) return false;
-    auto file =
-        FileReplacement::replacing(target, FileReplacement::NewFilePermissions::ownerOnly);
+    auto file = FileReplacement::replacing(target, FileReplacement::NewFilePermissions::ownerOnly);
     return file && file->write(png) && file->commit();
 }
 

@@ -145,7 +145,8 @@ class NotificationThread {
         }
         guint32 id = 0;
         g_variant_get(reply.get(), "(u)", &id);
-        std::erase_if(shown_, [&](const auto& entry) { return entry.second == request.identifier; });
+        std::erase_if(shown_,
+                      [&](const auto& entry) { return entry.second == request.identifier; });
         shown_[id] = request.identifier;
         complete(request.completion, true);
     }
@@ -220,8 +221,7 @@ class NotificationThread {
                 attempt->finished = true;
             },
             &attempt);
-        GSource* const timeout =
-            g_timeout_source_new(static_cast<guint>(connectTimeout.count()));
+        GSource* const timeout = g_timeout_source_new(static_cast<guint>(connectTimeout.count()));
         g_source_set_callback(
             timeout,
             [](gpointer data) -> gboolean {
@@ -260,9 +260,8 @@ class NotificationThread {
         g_variant_get(parameters, "(u&s)", &id, &action);
         const auto shown = self->shown_.find(id);
         if (shown == self->shown_.end()) return;
-        RunLoop::main().post([response = NotificationResponse{action, shown->second}] {
-            deliver(response);
-        });
+        RunLoop::main().post(
+            [response = NotificationResponse{action, shown->second}] { deliver(response); });
     }
 
     static void notificationClosed(GDBusConnection*, const gchar*, const gchar*, const gchar*,
@@ -324,11 +323,10 @@ namespace Interface {
 void notification(std::string_view title, std::string_view text, std::string_view identifier,
                   std::string_view categoryIdentifier, std::string_view subtitle,
                   UserNotificationCenter::Completion completion) {
-    UserNotificationCenter::current().add(
-        std::string(identifier),
-        {std::string(title), std::string(subtitle), std::string(text),
-         std::string(categoryIdentifier)},
-        std::move(completion));
+    UserNotificationCenter::current().add(std::string(identifier),
+                                          {std::string(title), std::string(subtitle),
+                                           std::string(text), std::string(categoryIdentifier)},
+                                          std::move(completion));
 }
 
 }  // namespace Interface

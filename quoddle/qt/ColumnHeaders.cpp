@@ -14,10 +14,9 @@ bool prepareHeaders(QAbstractItemView& view, std::span<const ColumnHeader> heade
         const ColumnHeader& header = headers[index];
         const bool titled = model->setHeaderData(
             section, Qt::Horizontal, QString::fromStdString(header.title), Qt::DisplayRole);
-        const bool identified =
-            model->setHeaderData(section, Qt::Horizontal,
-                                 QString::fromStdString(header.identifier.rawValue()),
-                                 columnIdentifierRole);
+        const bool identified = model->setHeaderData(
+            section, Qt::Horizontal, QString::fromStdString(header.identifier.rawValue()),
+            columnIdentifierRole);
         everyOne = everyOne && titled && identified;
     }
     return everyOne;
@@ -26,7 +25,9 @@ bool prepareHeaders(QAbstractItemView& view, std::span<const ColumnHeader> heade
 std::string columnIdentifier(const QAbstractItemView& view, int section) {
     const QAbstractItemModel* const model = view.model();
     if (model == nullptr) return {};
-    return model->headerData(section, Qt::Horizontal, columnIdentifierRole).toString().toStdString();
+    return model->headerData(section, Qt::Horizontal, columnIdentifierRole)
+        .toString()
+        .toStdString();
 }
 
 }  // namespace quod
