@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "quoddle/interface/GLibPointers.h"
 
@@ -31,9 +32,12 @@ ContentType contentType(const Url& url) {
     return {GString(g_content_type_guess(name.c_str(), nullptr, 0, nullptr)), false};
 }
 
-void add(std::vector<std::string>& names, const char* name) {
-    if (name != nullptr && *name != '\0' && std::ranges::find(names, name) == names.end())
-        names.emplace_back(name);
+void add(std::vector<std::string>& names, std::string_view name) {
+    if (!name.empty() && std::ranges::find(names, name) == names.end()) names.emplace_back(name);
+}
+
+bool isSymbolic(std::string_view name) {
+    return name.ends_with("-symbolic");
 }
 
 }  // namespace
@@ -45,21 +49,25 @@ std::vector<std::string> iconNames(const Url& url) {
         return names;
     }
     const ContentType type = contentType(url);
+    std::vector<std::string> symbolic;
     const GObjectPointer<GIcon> icon(g_content_type_get_icon(type.name.get()));
     if (icon && G_IS_THEMED_ICON(icon.get())) {
         for (const gchar* const* name = g_themed_icon_get_names(G_THEMED_ICON(icon.get()));
              name != nullptr && *name != nullptr; ++name) {
-            add(names, *name);
+            add(isSymbolic(*name) ? symbolic : names, *name);
         }
     }
     const GString generic(g_content_type_get_generic_icon_name(type.name.get()));
-    add(names, generic.get());
+    if (generic) add(names, generic.get());
     if (type.folder) {
         add(names, "folder");
     } else {
         if (g_content_type_is_a(type.name.get(), "text/plain")) add(names, "text-x-generic");
         add(names, "application-octet-stream");
     }
+    // A one-colour symbolic icon only where the theme has no full-colour one at all.
+    for (const std::string& name : symbolic)
+        add(names, name);
     return names;
 }
 

@@ -4,11 +4,12 @@
 // name and, where the name does not settle it, its first bytes; for a path that does not exist
 // its name alone ("report.pdf" is a PDF document, a URL with a trailing "/" a folder). The
 // content type's icons follow, from the shared MIME database: its own icon ("text-x-csrc"),
-// its generic icon ("text-x-generic"), then their symbolic variants. At the end come the
-// desktop's generic icons, so a theme that knows none of the specific ones still answers: a
-// folder ends with "folder", a text file with "text-x-generic", anything else with
-// "application-octet-stream". Each name appears once. Symbolic links are followed; a link that
-// leads nowhere counts as a file that does not exist.
+// then its generic icon ("text-x-generic"). Then come the desktop's generic icons, so a theme
+// that knows none of the specific ones still answers: "folder" for a folder, "text-x-generic"
+// for any text, and "application-octet-stream" for every file. Last come the one-colour
+// symbolic variants ("text-x-generic-symbolic"), for themes that have nothing else. Each name
+// appears once. Symbolic links are followed; a link that leads nowhere counts as a file that
+// does not exist.
 //
 // The empty URL gives only "application-octet-stream". Any thread may ask.
 //
