@@ -84,9 +84,12 @@ bool write(const std::string& target, std::span<const std::uint8_t> png) {
 }  // namespace
 
 std::optional<Url> quickLookImageURL(const Url& url, double width, double height) {
-    if (url.isEmpty() || !std::isfinite(width) || !std::isfinite(height)) return std::nullopt;
+    // Negated so that NaN fails too.
+    if (url.isEmpty() || !(width > 0 && height > 0) || !std::isfinite(width) ||
+        !std::isfinite(height)) {
+        return std::nullopt;
+    }
     const double side = std::max(width, height);
-    if (side <= 0) return std::nullopt;
 
     const std::string path = url.standardized().path();
     struct stat file {};

@@ -27,9 +27,9 @@
 //
 // No value (and nothing written) for a file that does not exist, is not a regular file or
 // cannot be read; for one that is not an image the generator can read; for a file inside the
-// thumbnail cache itself (thumbnails are not made of thumbnails); for a side that is not a
-// positive, finite number; when nothing valid is cached and no generator is installed; and when
-// the cache cannot be written. Symbolic links are followed to the file they name, while the
+// thumbnail cache itself (thumbnails are not made of thumbnails); for a width or height that is
+// not a positive, finite number; when nothing valid is cached and no generator is installed; and
+// when the cache cannot be written. Symbolic links are followed to the file they name, while the
 // thumbnail is filed under the URL's own path.
 //
 // Any thread may ask. Making a thumbnail reads and decodes the whole image, so a host that
