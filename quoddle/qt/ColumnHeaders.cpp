@@ -1,6 +1,7 @@
 #include "quoddle/qt/ColumnHeaders.h"
 
 #include <QAbstractItemModel>
+#include <QTableWidget>
 
 namespace quod {
 
@@ -11,6 +12,11 @@ bool prepareHeaders(QAbstractItemView& view, std::span<const ColumnHeader> heade
     for (std::size_t index = 0; index < headers.size(); ++index) {
         const int section = static_cast<int>(index);
         if (section >= model->columnCount()) return false;
+        // A table widget's model takes header data only into header items that exist.
+        if (auto* const table = qobject_cast<QTableWidget*>(&view);
+            table != nullptr && table->horizontalHeaderItem(section) == nullptr) {
+            table->setHorizontalHeaderItem(section, new QTableWidgetItem);
+        }
         const ColumnHeader& header = headers[index];
         const bool titled = model->setHeaderData(
             section, Qt::Horizontal, QString::fromStdString(header.title), Qt::DisplayRole);

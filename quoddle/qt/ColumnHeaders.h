@@ -12,8 +12,8 @@
 //
 // The model must already have the columns: a model with fewer columns than the set, one that
 // refuses header data (a read-only custom model) or no model at all leaves what it cannot take
-// as it was, and the call answers false. QTableWidget, QTreeWidget and QStandardItemModel take
-// both roles. Main thread only, as every widget call.
+// as it was, and the call answers false. QTableWidget (given header items where it has none),
+// QTreeWidget and QStandardItemModel take both roles. Main thread only, as every widget call.
 #pragma once
 
 #include <QAbstractItemView>

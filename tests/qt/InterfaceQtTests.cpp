@@ -10,6 +10,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextLayout>
+#include <QTableWidget>
 #include <QTreeWidget>
 #include <array>
 #include <cmath>
@@ -91,6 +92,11 @@ class InterfaceQtTests : public QObject {
         QVERIFY(prepareHeaders<JobColumns>(tree));
         QCOMPARE(tree.headerItem()->text(1), QString("Name"));
         QCOMPARE(JobColumns::column(columnIdentifier(tree, 1)), JobColumn::name);
+
+        QTableWidget widget(0, 3);  // has no header items until it is given some
+        QVERIFY(prepareHeaders<JobColumns>(widget));
+        QCOMPARE(widget.horizontalHeaderItem(2)->text(), QString("Scheduled"));
+        QCOMPARE(JobColumns::column(columnIdentifier(widget, 0)), JobColumn::status);
     }
 
     void headersAViewCannotTakeAreLeftAndReported() {
