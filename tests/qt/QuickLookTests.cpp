@@ -125,6 +125,12 @@ class QuickLookTests : public QObject {
         QCOMPARE(thumbnail(photo, 256, 10), std::optional(expected));
         QCOMPARE(status(expected).st_ino, made.st_ino);
 
+        // One cut short (its writer died) is made anew.
+        std::filesystem::resize_file(expected, static_cast<std::uintmax_t>(made.st_size / 2));
+        QCOMPARE(thumbnail(photo, 200, 150), std::optional(expected));
+        QCOMPARE(QImageReader(QString::fromStdString(expected)).size(), QSize(256, 128));
+        QCOMPARE(status(expected).st_size, made.st_size);
+
         // The photo changes: a new thumbnail with the new time, and nothing else left beside it.
         setModificationTime(photo, status(photo).st_mtime + 60);
         QCOMPARE(thumbnail(photo, 200, 150), std::optional(expected));
