@@ -35,6 +35,7 @@
 // the first entry with the identifier asked for. Every question may be asked from any thread.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -103,10 +104,10 @@ class ColumnProtocol {
 
   private:
     static const ColumnEntry<Case>& entry(Case column) {
-        for (const ColumnEntry<Case>& entry : Set::entries) {
-            if (entry.column == column) return entry;
-        }
-        QUOD_PRECONDITION(false, "a case that is not among the column set's entries");
+        const auto found = std::ranges::find(Set::entries, column, &ColumnEntry<Case>::column);
+        QUOD_PRECONDITION(found != std::ranges::end(Set::entries),
+                          "a case that is not among the column set's entries");
+        return *found;
     }
 };
 
