@@ -121,20 +121,27 @@ class QuickLookTests : public QObject {
         QCOMPARE(text(expected, "Thumb::MTime"), QString::number(status(photo).st_mtime));
         QCOMPARE(text(expected, "Thumb::Size"), QString::number(status(photo).st_size));
 
+        // The thumbnail's own time stamp, set far back, tells whether it was written again (its
+        // inode may not: a new file can get the number the old one just gave back).
+        constexpr time_t untouched = 1'000'000;
+        const auto rewritten = [&] { return status(expected).st_mtime != untouched; };
+
         // Asked again: the same file, not written again.
+        setModificationTime(expected, untouched);
         QCOMPARE(thumbnail(photo, 256, 10), std::optional(expected));
-        QCOMPARE(status(expected).st_ino, made.st_ino);
+        QVERIFY(!rewritten());
 
         // One cut short (its writer died) is made anew.
         std::filesystem::resize_file(expected, static_cast<std::uintmax_t>(made.st_size / 2));
         QCOMPARE(thumbnail(photo, 200, 150), std::optional(expected));
+        QVERIFY(rewritten());
         QCOMPARE(QImageReader(QString::fromStdString(expected)).size(), QSize(256, 128));
-        QCOMPARE(status(expected).st_size, made.st_size);
 
         // The photo changes: a new thumbnail with the new time, and nothing else left beside it.
+        setModificationTime(expected, untouched);
         setModificationTime(photo, status(photo).st_mtime + 60);
         QCOMPARE(thumbnail(photo, 200, 150), std::optional(expected));
-        QVERIFY(status(expected).st_ino != made.st_ino);
+        QVERIFY(rewritten());
         QCOMPARE(text(expected, "Thumb::MTime"), QString::number(status(photo).st_mtime));
         std::vector<std::string> filed;
         for (const auto& entry :
