@@ -35,6 +35,9 @@ cpack_add_component(qt_development GROUP dev)
 cpack_add_component(tools GROUP tools)
 
 set(CPACK_DEBIAN_LIBS_PACKAGE_NAME ${libs_package})
+# GIO reads files' content types (for their icons and default applications) from the shared MIME
+# database; without it every file is just data. GLib itself only recommends it.
+set(CPACK_DEBIAN_LIBS_PACKAGE_RECOMMENDS "shared-mime-info")
 # CPack puts the project's description in front as each package's summary line; these are the
 # paragraphs after it.
 set(CPACK_DEBIAN_LIBS_DESCRIPTION "The shared libraries of the Quoddle framework: the toolkit-free

@@ -12,11 +12,15 @@ QString label(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+ItemColumn column(CommandColumn column, ItemColumn::Kind kind) {
+    return {{CommandColumns::identifier(column), CommandColumns::title(column)}, kind};
+}
+
 ItemTablePane::Description description() {
-    return {{{label(Localize::name())},
-             {label(Localize::command())},
-             {label(Localize::inlineString()), ItemColumn::Kind::checkBox},
-             {label(Localize::suppressCommandResult()), ItemColumn::Kind::checkBox}},
+    using Kind = ItemColumn::Kind;
+    return {{column(CommandColumn::name, Kind::text), column(CommandColumn::command, Kind::text),
+             column(CommandColumn::isInline, Kind::checkBox),
+             column(CommandColumn::suppressResult, Kind::checkBox)},
             {label(Localize::command()), QString("echo"), false, false},
             Localize::deleteCommand(),
             CommandsPane::deleteSuppressionKey,
@@ -34,6 +38,16 @@ std::vector<ItemTablePane::Row> storedRows() {
 }
 
 }  // namespace
+
+const UserInterfaceItemIdentifier& CommandColumns::inlineIdentifier() {
+    static const UserInterfaceItemIdentifier identifier("Inline");
+    return identifier;
+}
+
+const UserInterfaceItemIdentifier& CommandColumns::suppressResultIdentifier() {
+    static const UserInterfaceItemIdentifier identifier("SuppressResult");
+    return identifier;
+}
 
 CommandsPane::CommandsPane(QWidget* parent) : ItemTablePane(description(), storedRows(), parent) {
     connect(this, &ItemTablePane::edited, this, &CommandsPane::store);

@@ -6,6 +6,7 @@
 
 #include "quoddle/preferences/UserDefaults.h"
 #include "quoddle/qt/Alert.h"
+#include "quoddle/qt/ColumnHeaders.h"
 #include "quoddle/runtime/Localize.h"
 
 namespace quod::demo {
@@ -16,11 +17,11 @@ ItemTablePane::ItemTablePane(Description description, const std::vector<Row>& ro
       table_(new QTableWidget(0, static_cast<int>(description_.columns.size()), this)),
       add_(new QPushButton(QString::fromStdString(Localize::add()), this)),
       delete_(new QPushButton(QString::fromStdString(Localize::deleteString()), this)) {
-    QStringList titles;
+    std::vector<ColumnHeader> headers;
     for (const ItemColumn& column : description_.columns)
-        titles << column.title;
+        headers.push_back(column.header);
     table_->setObjectName("items");
-    table_->setHorizontalHeaderLabels(titles);
+    prepareHeaders(*table_, headers);
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);

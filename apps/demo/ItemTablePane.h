@@ -1,6 +1,7 @@
 // A preference pane with a table of user-defined items (commands, snippets) and Add and Delete
-// buttons: what the Commands and Snippets panes share. They describe their columns, tab and
-// deletion alert, fill the rows from the store, and store the rows on every `edited`.
+// buttons: what the Commands and Snippets panes share. They describe their columns (headers from
+// their column set, see ColumnProtocol), tab and deletion alert, fill the rows from the store,
+// and store the rows on every `edited`.
 //
 // Each column holds text or a check box. Every change the user makes (a cell edited, a box ticked,
 // a row added or deleted) emits `edited` once the table shows it; `setRows` emits nothing.
@@ -15,13 +16,14 @@
 #include <string>
 #include <vector>
 
+#include "quoddle/interface/ColumnProtocol.h"
 #include "quoddle/qt/PreferenceTabViewController.h"
 
 namespace quod::demo {
 
 struct ItemColumn {
     enum class Kind { text, checkBox };
-    QString title;
+    ColumnHeader header;
     Kind kind = Kind::text;
 };
 

@@ -12,8 +12,13 @@ QString label(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+ItemColumn column(SnippetColumn column) {
+    return {{SnippetColumns::identifier(column), SnippetColumns::title(column)},
+            ItemColumn::Kind::text};
+}
+
 ItemTablePane::Description description() {
-    return {{{label(Localize::name())}, {label(Localize::text())}},
+    return {{column(SnippetColumn::name), column(SnippetColumn::text)},
             {label(Localize::insertSnippet()), QString()},
             Localize::deleteSnippet(),
             SnippetsPane::deleteSuppressionKey,

@@ -4,9 +4,22 @@
 // "AlertDeleteSnippet".
 #pragma once
 
+#include <array>
+
 #include "demo/ItemTablePane.h"
+#include "quoddle/runtime/Localize.h"
 
 namespace quod::demo {
+
+enum class SnippetColumn { name, text };
+
+struct SnippetColumns : ColumnProtocol<SnippetColumns, SnippetColumn> {
+    static constexpr std::array entries{
+        ColumnEntry<SnippetColumn>{SnippetColumn::name, &UserInterfaceItemIdentifier::Column::name,
+                                   &Localize::name},
+        ColumnEntry<SnippetColumn>{SnippetColumn::text,
+                                   &UserInterfaceItemIdentifier::Column::string, &Localize::text}};
+};
 
 class SnippetsPane : public ItemTablePane {
     Q_OBJECT

@@ -12,14 +12,13 @@
 
 #include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
+#include "quoddle/interface/ParagraphStyle.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
 
 namespace quod {
 
-enum class TextAlignment { left, right };
-
-// One piece of text placed in a rectangle: aligned to its left or right edge, at the top.
+// One piece of text placed in a rectangle, at the top, aligned across it as `alignment` says.
 struct TextRun {
     std::string text;  // UTF-8
     Rect frame;

@@ -3,27 +3,27 @@
 #include <cmath>
 
 #include "quoddle/gutter/FontMetrics.h"
+#include "quoddle/interface/Attributes.h"
 #include "quoddle/interface/UserInterfaceLayoutDirection.h"
-#include "quoddle/preferences/Defaults.h"
 
 namespace quod {
 namespace {
 
 LineNumberAttributes& mutableShared() {
     static LineNumberAttributes* const attributes = [] {
-        const Font font = Defaults::lineNumberFont.get();
-        const bool rtl = Interface::rtl();
+        const Attributes look = Attributes::lineNumbers();
         return new LineNumberAttributes{
-            .font = font,
-            .fontSize = font.pointSize(),
+            .font = *look.font,
+            .fontSize = look.font->pointSize(),
             .digitWidth = 6.0,
             .digitHeight = 10.0,
+            // The theme's background comes with the first refresh, which every gutter makes.
             .backgroundColor = Color::windowBackgroundColor(),
-            .textColor = Color::forKey(Defaults::Key::Color::lineNumberText),
+            .textColor = *look.foregroundColor,
             // The platform's light gray (white 2/3), faint.
             .separatorColor = Color::withWhite(2.0 / 3.0, 0.4),
-            .numberInset = rtl ? 3.0 : 1.0,
-            .alignment = rtl ? TextAlignment::left : TextAlignment::right,
+            .numberInset = Interface::rtl() ? 3.0 : 1.0,
+            .alignment = look.paragraphStyle->alignment,
         };
     }();
     return *attributes;
@@ -37,14 +37,14 @@ const LineNumberAttributes& LineNumberAttributes::shared() {
 
 void LineNumberAttributes::refresh() {
     LineNumberAttributes& attributes = mutableShared();
-    const Font font = Defaults::lineNumberFont.get();
-    const Size digit = FontMetrics::installed()->sizeOfString("0", font);
-    attributes.font = font;
-    attributes.fontSize = font.pointSize();
+    const Attributes look = Attributes::lineNumbers();
+    const Size digit = FontMetrics::installed()->sizeOfString("0", *look.font);
+    attributes.font = *look.font;
+    attributes.fontSize = look.font->pointSize();
     attributes.digitWidth = std::ceil(digit.width);
     attributes.digitHeight = digit.height;
-    attributes.backgroundColor = Color::forKey(Defaults::Key::Color::lineNumberBackground);
-    attributes.textColor = Color::forKey(Defaults::Key::Color::lineNumberText);
+    attributes.backgroundColor = *look.backgroundColor;
+    attributes.textColor = *look.foregroundColor;
 }
 
 }  // namespace quod

@@ -1,12 +1,13 @@
 // The look of every line-number gutter in the process: font, digit size, colours, placement.
 //
-// `shared()` makes the attributes on first use (thread-safely) with fixed starting values: the
-// "LineNumberFont" preference at its own point size, digits 6.0 wide and 10.0 high, the platform's
-// window background behind the theme's "LineNumberTextColour" numbers. `refresh()` replaces the
-// font, size, digit size (measured by the installed FontMetrics: the width of "0" rounded up, its
-// height as measured) and both colours with the theme's "LineNumberBackgroundColour" and
-// "LineNumberTextColour". The separator colour, the number inset and the alignment are set once,
-// from the layout direction in effect at first use, and never change afterwards: a host sets
+// Font, colours and alignment come from the framework's attribute set for line numbers
+// (Attributes::lineNumbers(), interface/Attributes.h). `shared()` makes the attributes on first
+// use (thread-safely) with fixed starting values: that set's font at its own point size, digits
+// 6.0 wide and 10.0 high, the platform's window background behind the set's text colour.
+// `refresh()` replaces the font, size, digit size (measured by the installed FontMetrics: the
+// width of "0" rounded up, its height as measured) and both colours with the set's. The
+// separator colour, the number inset and the alignment are set once, from the layout direction
+// in effect at first use, and never change afterwards: a host sets
 // `Interface::setUserInterfaceLayoutDirection` before its first gutter.
 //
 // The font preference falls back to Menlo 11, then the system font 11 (see DefaultFont). Main

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "quoddle/interface/GLibPointers.h"
 #include "quoddle/preferences/UserDefaults.h"
 
 namespace quod::Interface {
@@ -14,9 +15,6 @@ struct SchemaRelease {
 };
 struct SchemaKeyRelease {
     void operator()(GSettingsSchemaKey* key) const { g_settings_schema_key_unref(key); }
-};
-struct ObjectRelease {
-    void operator()(gpointer object) const { g_object_unref(object); }
 };
 
 std::optional<bool> storedSetting(std::string_view key) {
@@ -42,7 +40,7 @@ std::optional<bool> desktopSetting(const char* schemaId, const char* key) {
                               G_VARIANT_TYPE_BOOLEAN)) {
         return std::nullopt;
     }
-    const std::unique_ptr<GSettings, ObjectRelease> settings(
+    const quod::internal::GObjectPointer<GSettings> settings(
         g_settings_new_full(schema.get(), nullptr, nullptr));
     return g_settings_get_boolean(settings.get(), key) != FALSE;
 }

@@ -40,9 +40,8 @@ void QPainterSurface::drawText(const TextRun& run) {
     }
     painter_.setFont(font_);
     painter_.setPen(ink);
-    const Qt::Alignment alignment =
-        run.alignment == TextAlignment::right ? Qt::AlignRight : Qt::AlignLeft;
-    painter_.drawText(toQRectF(run.frame), static_cast<int>(alignment | Qt::AlignTop),
+    painter_.drawText(toQRectF(run.frame),
+                      static_cast<int>(toQtAlignment(run.alignment) | Qt::AlignTop),
                       QString::fromStdString(run.text));
 }
 

@@ -83,4 +83,43 @@ QFont toQFont(const Font& font, double pointSize) {
     return result;
 }
 
+Qt::Alignment toQtAlignment(TextAlignment alignment) {
+    switch (alignment) {
+        case TextAlignment::left:
+            return Qt::AlignLeft | Qt::AlignAbsolute;
+        case TextAlignment::right:
+            return Qt::AlignRight | Qt::AlignAbsolute;
+        case TextAlignment::center:
+            return Qt::AlignHCenter;
+        case TextAlignment::justified:
+            return Qt::AlignJustify;
+        case TextAlignment::natural:
+            break;
+    }
+    return Qt::AlignLeading;
+}
+
+QTextCharFormat toQTextCharFormat(const Attributes& attributes) {
+    QTextCharFormat format;
+    if (attributes.font) format.setFont(toQFont(*attributes.font));
+    if (attributes.foregroundColor) {
+        if (const QColor color = toQColor(*attributes.foregroundColor); color.isValid())
+            format.setForeground(color);
+    }
+    if (attributes.backgroundColor) {
+        if (const QColor color = toQColor(*attributes.backgroundColor); color.isValid())
+            format.setBackground(color);
+    }
+    return format;
+}
+
+QTextBlockFormat toQTextBlockFormat(const ParagraphStyle& style) {
+    QTextBlockFormat format;
+    format.setAlignment(toQtAlignment(style.alignment));
+    const double spacing =
+        std::isfinite(style.lineSpacing) ? std::max(style.lineSpacing, 0.0) : 0.0;
+    format.setLineHeight(spacing, QTextBlockFormat::LineDistanceHeight);
+    return format;
+}
+
 }  // namespace quod

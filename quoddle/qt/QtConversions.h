@@ -11,15 +11,28 @@
 // screen's logical resolution applies as it does to every other Qt font. A name fontconfig does
 // not know (a test catalogue's invented face, say) is passed to Qt as a family name, and Qt picks
 // its usual substitute. Lookups are remembered for the process; any thread may convert.
+//
+// Attribute sets (interface/Attributes.h) become a QTextCharFormat with the attributes that are
+// present (a colour Qt cannot draw is left out, as if absent) and a QTextBlockFormat with the
+// paragraph style's alignment and line spacing (`QTextBlockFormat::LineDistanceHeight`, added
+// between lines). Alignments: `left` and `right` are absolute (Qt::AlignAbsolute, so they do not
+// swap in a right-to-left layout), `natural` is Qt::AlignLeading, which follows the layout
+// direction.
+//
+//     cursor.insertText(output, toQTextCharFormat(Attributes::result()));
 #pragma once
 
 #include <QColor>
 #include <QFont>
 #include <QRectF>
+#include <QTextBlockFormat>
+#include <QTextCharFormat>
 #include <array>
 
 #include "quoddle/Export.h"
 #include "quoddle/base/Geometry.h"
+#include "quoddle/interface/Attributes.h"
+#include "quoddle/interface/ParagraphStyle.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
 
@@ -40,5 +53,9 @@ namespace quod {
 [[nodiscard]] inline QFont toQFont(const Font& font) {
     return toQFont(font, font.pointSize());
 }
+
+[[nodiscard]] QUODDLE_EXPORT Qt::Alignment toQtAlignment(TextAlignment alignment);
+[[nodiscard]] QUODDLE_EXPORT QTextCharFormat toQTextCharFormat(const Attributes& attributes);
+[[nodiscard]] QUODDLE_EXPORT QTextBlockFormat toQTextBlockFormat(const ParagraphStyle& style);
 
 }  // namespace quod

@@ -10,6 +10,7 @@
 
 #include "quoddle/base/Precondition.h"
 #include "quoddle/gutter/FontMetrics.h"
+#include "quoddle/interface/ThumbnailGenerator.h"
 #include "quoddle/interface/UserInterfaceLayoutDirection.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Font.h"
@@ -17,6 +18,7 @@
 #include "quoddle/qt/QtConversions.h"
 #include "quoddle/qt/QtFontCatalogue.h"
 #include "quoddle/qt/QtFontMetrics.h"
+#include "quoddle/qt/QtThumbnailGenerator.h"
 
 namespace quod {
 namespace {
@@ -51,6 +53,7 @@ QtPlatform& QtPlatform::install() {
 QtPlatform::QtPlatform() : QObject(QGuiApplication::instance()) {
     Font::setCatalogue(std::make_shared<QtFontCatalogue>());
     FontMetrics::install(std::make_shared<QtFontMetrics>());
+    ThumbnailGenerator::install(std::make_shared<QtThumbnailGenerator>());
     followPalette();
     followLayoutDirection(QGuiApplication::layoutDirection());
     connect(qGuiApp, &QGuiApplication::layoutDirectionChanged, this, &followLayoutDirection);
@@ -60,6 +63,7 @@ QtPlatform::QtPlatform() : QObject(QGuiApplication::instance()) {
 QtPlatform::~QtPlatform() {
     Font::setCatalogue(nullptr);
     FontMetrics::install(nullptr);
+    ThumbnailGenerator::install(nullptr);
 }
 
 bool QtPlatform::eventFilter(QObject* watched, QEvent* event) {

@@ -1,10 +1,11 @@
 // What the core leaves to the toolkit, supplied by Qt: fonts, font measurement, system colours,
-// the light or dark appearance and the layout direction.
+// the light or dark appearance, the layout direction and the making of thumbnails.
 //
 // `QtPlatform::install()` needs the QApplication (or QGuiApplication) to exist; the first call
 // installs, later calls return the same object (after the application is destroyed, the next call
 // installs anew). It
-//   - installs QtFontCatalogue as the font catalogue and QtFontMetrics as the gutter's metrics;
+//   - installs QtFontCatalogue as the font catalogue, QtFontMetrics as the gutter's metrics and
+//     QtThumbnailGenerator as the thumbnail cache's generator (interface/QuickLook.h);
 //   - takes the current appearance from the application palette: dark when the window colour's
 //     lightness is below one half, else light;
 //   - feeds every SystemColor the matching palette colour (selected-text background: Highlight,
@@ -18,7 +19,7 @@
 // themselves, so a host needs to call this only to have fonts and colours before its first such
 // widget (the font catalogue should be in place before the first Font is made).
 // When the application goes, the core gets its own font catalogue and metrics back, since Qt's
-// font database goes with it. Main thread only.
+// font database goes with it, and has no thumbnail generator again. Main thread only.
 #pragma once
 
 #include <QObject>

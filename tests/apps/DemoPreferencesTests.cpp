@@ -18,6 +18,7 @@
 #include "quoddle/preferences/Color.h"
 #include "quoddle/preferences/Defaults.h"
 #include "quoddle/preferences/UserDefaults.h"
+#include "quoddle/qt/ColumnHeaders.h"
 #include "quoddle/qt/MainLoopBridge.h"
 #include "quoddle/qt/PreferencesWindowController.h"
 #include "quoddle/qt/QtConversions.h"
@@ -31,6 +32,8 @@ using quod::Notification;
 using quod::NotificationName;
 using quod::Notifications;
 using quod::UserDefaults;
+using quod::demo::CommandColumn;
+using quod::demo::CommandColumns;
 using quod::demo::CommandsPane;
 using quod::demo::GeneralPane;
 using namespace quod::testing::AlertAnswers;
@@ -220,6 +223,10 @@ class DemoPreferencesTests : public QObject {
     void commandsAreStoredOnEveryEditAndDeletingAsksUntilToldNotTo() {
         Defaults::commands.set({quod::Command("List", "ls -l", false, true, false)});
         CommandsPane pane;
+        // The headers read as the column set says, and know which column they head.
+        QCOMPARE(pane.table().horizontalHeaderItem(3)->text(), QString("Suppress command result"));
+        QCOMPARE(CommandColumns::column(quod::columnIdentifier(pane.table(), 1)),
+                 std::optional(CommandColumn::command));
         QCOMPARE(pane.table().rowCount(), 1);
         QCOMPARE(pane.table().item(0, 1)->text(), QString("ls -l"));
         QCOMPARE(pane.table().item(0, 3)->checkState(), Qt::Checked);

@@ -2,11 +2,13 @@
 // every header compiles there and leaves the predefined `unix` macro as it found it, the headers
 // and the library agree on the version, and the library finds its translations in the prefix it
 // was installed to. Prints one line per failed check and exits 1 if there was one.
+#include <QApplication>
 #include <clocale>
 #include <cstdlib>
 #include <iostream>
 
 #include "AllHeaders.h"
+#include "HostCalls.h"
 
 #if !defined(unix) || unix != 1
 #error "the headers changed the predefined unix macro"
@@ -28,7 +30,14 @@ void expect(bool condition, const char* what) {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    // Before the German catalogue below: the calls read some phrases, which are kept once read.
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    {
+        QApplication application(argc, argv);
+        failures += hostCallFailures();
+    }
+
     static_assert(quod::allLineEndings[0] == quod::LineEnding::unix);
     expect(quod::Text::convert(u"a\r\nb", quod::LineEnding::unix) == u"a\nb",
            "convert to LineEnding::unix");
