@@ -12,10 +12,12 @@
 #include "demo/ThemePalette.h"
 #include "quoddle/Version.h"
 #include "quoddle/filesystem/Url.h"
+#include "quoddle/interface/Attributes.h"
 #include "quoddle/interface/NotificationName.h"
 #include "quoddle/preferences/Color.h"
 #include "quoddle/qt/Alert.h"
 #include "quoddle/qt/MainMenuLocalization.h"
+#include "quoddle/qt/QtConversions.h"
 #include "quoddle/qt/WindowController.h"
 #include "quoddle/runtime/Localize.h"
 #include "quoddle/runtime/NotificationCenter.h"
@@ -222,11 +224,17 @@ void MainWindow::applyThemeColors() {
     editor_->applyThemeColors();
     editor_->applyTextFont();
     editor_->applyTabWidth();
-    // The command output is text too: it takes the editor's colours.
+    // The command output and the status line are drawn with the framework's attribute sets for
+    // them: the text font and the theme's colours, and the small system font.
+    const QTextCharFormat result = toQTextCharFormat(Attributes::result());
     QPalette palette = output_->palette();
-    palette.setColor(QPalette::Base, editor_->textView().backgroundColor());
-    palette.setColor(QPalette::Text, editor_->textView().textColor());
+    if (result.hasProperty(QTextFormat::BackgroundBrush))
+        palette.setColor(QPalette::Base, result.background().color());
+    if (result.hasProperty(QTextFormat::ForegroundBrush))
+        palette.setColor(QPalette::Text, result.foreground().color());
     output_->setPalette(palette);
+    output_->setFont(result.font());
+    statusBar()->setFont(toQTextCharFormat(Attributes::statusLine()).font());
 }
 
 void MainWindow::showError(const QString& message) {

@@ -337,6 +337,11 @@ class DemoAppTests : public QObject {
         ThemeMenu::applyTheme(desktopIsDark ? quod::Theme::City::stockholm
                                             : quod::Theme::City::oslo);
         QTRY_COMPARE(otherwise(!desktopIsDark), QStringList());
+        // The result pane shows text as the editor does; the status line is in small print.
+        const quod::TextViewWidget& text = window.editorArea().textView();
+        QCOMPARE(window.outputPane().palette().color(QPalette::Base), text.backgroundColor());
+        QCOMPARE(window.outputPane().palette().color(QPalette::Text), text.textColor());
+        QCOMPARE(window.statusBar()->font().pointSizeF(), 11.0);
         // ...and one like it gives the window back to the desktop's colours.
         ThemeMenu::applyTheme(desktopIsDark ? quod::Theme::City::oslo
                                             : quod::Theme::City::stockholm);
