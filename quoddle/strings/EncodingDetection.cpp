@@ -309,6 +309,19 @@ std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
 // Japanese or Korean land on rare characters and symbols.
 constexpr double ideographicCostLimit = 20.0;
 
+// Chinese, Japanese and Korean text carries Latin words, but not eight Latin letters to every one
+// of its own characters: a decoding with so few is a Latin text whose accented letters happened to
+// pair up into a character or two.
+bool mostlyOwnScript(std::u16string_view decoded) {
+    std::size_t latin = 0;
+    std::size_t own = 0;
+    for (const char16_t c : decoded) {
+        latin += (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ? 1 : 0;
+        own += c >= 0x80 ? 1 : 0;
+    }
+    return own * 8 >= latin;
+}
+
 struct Ranked {
     Candidate candidate;
     internal::TextScore score;
@@ -393,8 +406,9 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
         score.total -= candidate.prior;
         score.tellingTotal -= candidate.prior;
-        const bool ideographic =
-            !candidate.singleByte && score.costPerCharacter() <= ideographicCostLimit;
+        const bool ideographic = !candidate.singleByte &&
+                                 score.costPerCharacter() <= ideographicCostLimit &&
+                                 mostlyOwnScript(decoded);
         ranked.push_back({candidate, score, std::move(decoded), ideographic});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {

@@ -1,6 +1,7 @@
 #include "quoddle/strings/EncodingStatistics.h"
 
 #include <unicode/uchar.h>
+#include <unicode/uscript.h>
 
 #include <algorithm>
 #include <array>
@@ -102,6 +103,8 @@ bool isCommonPunctuation(char16_t c) {
 struct Folded {
     char16_t character;  // lower case, or `boundary`
     int cost;
+    UScriptCode script;  // of a letter; USCRIPT_COMMON for anything else
+    bool upper;
 };
 
 Folded fold(char16_t c) {
@@ -111,14 +114,35 @@ Folded fold(char16_t c) {
         const bool control =
             (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' && c != 0x1B) ||
             c == 0x7F;
-        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0};
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0,
+                letter ? USCRIPT_LATIN : USCRIPT_COMMON, c >= u'A' && c <= u'Z'};
     }
     const auto mask = U_GET_GC_MASK(c);
     if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
         const UChar32 lower = u_tolower(c);
-        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0};
+        UErrorCode status = U_ZERO_ERROR;
+        const UScriptCode script = uscript_getScript(c, &status);
+        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0,
+                U_SUCCESS(status) ? script : USCRIPT_COMMON, (mask & U_GC_LU_MASK) != 0};
     }
-    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
+    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost, USCRIPT_COMMON,
+            false};
+}
+
+// Two letters side by side in different scripts (a Latin letter inside a Cyrillic word), or a
+// capital right after a small letter in the middle of a word: real text almost never has either,
+// while reading a text in another script's encoding, or in an encoding that swaps the cases
+// (KOI8 against windows-1251), makes them in nearly every word. Marks (combining accents) carry
+// no script of their own and are left out.
+constexpr int mixedScriptCost = 2 * unseenLevel;
+constexpr int capitalInWordCost = unseenLevel;
+
+int neighbourCost(const Folded& previous, const Folded& current, char16_t raw) {
+    if (previous.character == boundary || current.character == boundary) return 0;
+    const bool scripted = previous.script > USCRIPT_INHERITED && current.script > USCRIPT_INHERITED;
+    if (scripted && previous.script != current.script) return mixedScriptCost;
+    if (raw >= 0x80 && current.upper && !previous.upper) return capitalInWordCost;
+    return 0;
 }
 
 struct Totals {
@@ -134,14 +158,24 @@ TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
     for (std::size_t i = 0; i < std::size(languageModels); ++i) {
         if (languageModels[i].script != script) continue;
         const auto [total, telling] = cost(languageTables()[i]);
-        best.total = std::max(best.total, total);
-        best.tellingTotal = std::max(best.tellingTotal, telling);
+        if (total > best.total) {
+            best.total = total;
+            best.tellingTotal = telling;
+        }
     }
     return best;
 }
 
 bool isTelling(std::span<const char16_t> telling, char16_t c) {
     return c >= 0x80 && std::binary_search(telling.begin(), telling.end(), c);
+}
+
+// Punctuation that real text puts between two letters of one word: the apostrophe (l’ordre), and
+// the Catalan middle dot of l·l. Any other symbol there is a letter that a wrong encoding turned
+// into punctuation (actúa read as act·a).
+bool joinsWord(char16_t before, char16_t c, char16_t after) {
+    if (c == 0x2019) return true;
+    return c == 0x00B7 && before == u'l' && (after == u'l' || after == u'L');
 }
 
 TextScore scoreAlphabetic(std::u16string_view text, Script script,
@@ -157,18 +191,27 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
     std::int64_t characters = 0;
     char16_t previous = boundary;
     bool previousTells = false;
-    for (const char16_t c : text) {
+    Folded previousFolded{boundary, 0, USCRIPT_COMMON, false};
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
         if (c >= 0x80 && ++characters > scoredCharacters) break;
         const Folded folded = fold(c);
         const bool tells = isTelling(telling, c);
-        ownCosts += folded.cost;
-        tellingOwnCosts += tells ? folded.cost : 0;
+        int cost = folded.cost + neighbourCost(previousFolded, folded, c);
+        if (c >= 0x80 && folded.character == boundary && previous != boundary &&
+            i + 1 < text.size() && fold(text[i + 1]).character != boundary &&
+            !joinsWord(previous, c, text[i + 1])) {
+            cost = std::max(cost, symbolCost);
+        }
+        ownCosts += cost;
+        tellingOwnCosts += tells || previousTells ? cost : 0;
         if ((previous >= 0x80 || folded.character >= 0x80) &&
             !(previous == boundary && folded.character == boundary)) {
             pairs.push_back(
                 {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
         }
         previous = folded.character;
+        previousFolded = folded;
         previousTells = tells;
     }
     return bestLanguage(script, std::min(characters, scoredCharacters),
@@ -191,12 +234,22 @@ TextScore scoreIdeographic(std::u16string_view text, Script script) {
     std::vector<char16_t> letters;
     std::int64_t ownCosts = 0;
     std::int64_t characters = 0;
-    for (const char16_t c : text) {
+    const auto asciiLetter = [&text](std::size_t at) {
+        if (at >= text.size()) return false;
+        const char16_t c = text[at];
+        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
         if (c < 0x80) continue;
         if (++characters > scoredCharacters) break;
         const auto mask = U_GET_GC_MASK(c);
         if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
             letters.push_back(c);
+            // Chinese, Japanese or Korean text puts Latin words next to its own characters, but
+            // never one of its characters inside a Latin word; two accented bytes of a Latin text
+            // read as one ideograph land exactly there.
+            if (i > 0 && asciiLetter(i - 1) && asciiLetter(i + 1)) ownCosts += symbolCost;
         } else {
             ownCosts += (mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0 ? ideographicPunctuationCost
                                                                    : symbolCost;
