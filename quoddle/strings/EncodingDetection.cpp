@@ -309,9 +309,9 @@ std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
 // Japanese or Korean land on rare characters and symbols.
 constexpr double ideographicCostLimit = 20.0;
 
-// Chinese, Japanese and Korean text carries Latin words, but not eight Latin letters to every one
-// of its own characters: a decoding with so few is a Latin text whose accented letters happened to
-// pair up into a character or two.
+// Text in another script carries Latin words, but not eight Latin letters to every one of its own
+// characters: a decoding with so few is a Latin text whose accented letters read as a Cyrillic word
+// (Italian "è" as Russian "и") or happened to pair up into an ideograph or two.
 bool mostlyOwnScript(std::u16string_view decoded) {
     std::size_t latin = 0;
     std::size_t own = 0;
@@ -327,10 +327,12 @@ struct Ranked {
     internal::TextScore score;
     std::u16string decoded;
     bool ideographic;
+    bool outnumbered;  // a script other than Latin, in a text of mostly Latin letters
 
-    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text.
+    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text
+    // and for Cyrillic, Greek, Arabic or Hebrew outnumbered by Latin letters.
     [[nodiscard]] int tier() const {
-        if (candidate.singleByte) return 1;
+        if (candidate.singleByte) return outnumbered ? 2 : 1;
         return ideographic ? 0 : 2;
     }
 };
@@ -406,10 +408,12 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
         score.total -= candidate.prior;
         score.tellingTotal -= candidate.prior;
+        const bool ownScript = mostlyOwnScript(decoded);
         const bool ideographic = !candidate.singleByte &&
-                                 score.costPerCharacter() <= ideographicCostLimit &&
-                                 mostlyOwnScript(decoded);
-        ranked.push_back({candidate, score, std::move(decoded), ideographic});
+                                 score.costPerCharacter() <= ideographicCostLimit && ownScript;
+        const bool outnumbered = candidate.singleByte && candidate.script != Script::latin &&
+                                 !ownScript;
+        ranked.push_back({candidate, score, std::move(decoded), ideographic, outnumbered});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
         if (a.tier() != b.tier()) return a.tier() < b.tier();

@@ -178,6 +178,42 @@ bool joinsWord(char16_t before, char16_t c, char16_t after) {
     return c == 0x00B7 && before == u'l' && (after == u'l' || after == u'L');
 }
 
+// Characters that mark a keyboard shortcut inside a word in menus and dialogs ("_Αρχεία",
+// "Ф&айл"): skipped, so that the word around them reads as one.
+constexpr bool isMnemonicMark(char16_t c) {
+    return c == u'_' || c == u'&';
+}
+
+// Guillemets come in pairs, whichever way round a language uses them; one kind alone in a text
+// is a letter that a wrong encoding turned into a quotation mark (otvoriť read as otvori»).
+struct Guillemets {
+    bool left = false;
+    bool right = false;
+};
+
+Guillemets guillemetsIn(std::u16string_view text) {
+    return {text.find(u'\u00AB') != std::u16string_view::npos,
+            text.find(u'\u00BB') != std::u16string_view::npos};
+}
+
+bool isLetterAt(std::u16string_view text, std::size_t at) {
+    return at < text.size() && fold(text[at]).character != boundary;
+}
+
+// What `c` at `at` costs beyond its own cost for where it stands: punctuation inside a word, a
+// lone guillemet, a copyright sign glued to the word after it.
+int placementCost(std::u16string_view text, std::size_t at, char16_t previous,
+                  const Guillemets& guillemets) {
+    const char16_t c = text[at];
+    if (c < 0x80 || fold(c).character != boundary) return 0;
+    const bool letterBefore = previous != boundary;
+    const bool letterAfter = isLetterAt(text, at + 1);
+    if (letterBefore && letterAfter && !joinsWord(previous, c, text[at + 1])) return symbolCost;
+    if ((c == 0x00AB && !guillemets.right) || (c == 0x00BB && !guillemets.left)) return symbolCost;
+    if ((c == 0x00A9 || c == 0x00AE) && letterAfter) return symbolCost;
+    return 0;
+}
+
 TextScore scoreAlphabetic(std::u16string_view text, Script script,
                           std::span<const char16_t> telling) {
     // The pairs once, then their levels in each language.
@@ -192,23 +228,28 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
     char16_t previous = boundary;
     bool previousTells = false;
     Folded previousFolded{boundary, 0, USCRIPT_COMMON, false};
+    const Guillemets guillemets = guillemetsIn(text);
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t c = text[i];
-        if (c >= 0x80 && ++characters > scoredCharacters) break;
+        if (isMnemonicMark(c) && previous != boundary && isLetterAt(text, i + 1)) continue;
+        // Past the characters scored in full, only those where the decodings differ still count:
+        // one telling letter deep in a long text can be all that tells two encodings apart.
+        const bool past = c >= 0x80 && characters >= scoredCharacters;
+        if (c >= 0x80 && !past) ++characters;
         const Folded folded = fold(c);
         const bool tells = isTelling(telling, c);
-        int cost = folded.cost + neighbourCost(previousFolded, folded, c);
-        if (c >= 0x80 && folded.character == boundary && previous != boundary &&
-            i + 1 < text.size() && fold(text[i + 1]).character != boundary &&
-            !joinsWord(previous, c, text[i + 1])) {
-            cost = std::max(cost, symbolCost);
-        }
-        ownCosts += cost;
-        tellingOwnCosts += tells || previousTells ? cost : 0;
-        if ((previous >= 0x80 || folded.character >= 0x80) &&
-            !(previous == boundary && folded.character == boundary)) {
-            pairs.push_back(
-                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
+        const int cost = std::max(folded.cost + neighbourCost(previousFolded, folded, c),
+                                  placementCost(text, i, previous, guillemets));
+        const bool counts = !(past || (characters >= scoredCharacters && c < 0x80)) ||
+                            tells || previousTells;
+        if (counts) {
+            ownCosts += cost;
+            tellingOwnCosts += tells || previousTells ? cost : 0;
+            if ((previous >= 0x80 || folded.character >= 0x80) &&
+                !(previous == boundary && folded.character == boundary)) {
+                pairs.push_back(
+                    {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
+            }
         }
         previous = folded.character;
         previousFolded = folded;
