@@ -322,15 +322,22 @@ bool mostlyOwnScript(std::u16string_view decoded) {
     return own * 8 >= latin;
 }
 
+// Fewer letters outside ASCII than a few words hold: too few to show a script of their own.
+bool fewLetters(std::u16string_view decoded) {
+    constexpr std::size_t fewest = 16;
+    return std::count_if(decoded.begin(), decoded.end(),
+                         [](char16_t c) { return c >= 0x80; }) < static_cast<std::ptrdiff_t>(fewest);
+}
+
 struct Ranked {
     Candidate candidate;
     internal::TextScore score;
     std::u16string decoded;
     bool ideographic;
-    bool outnumbered;  // a script other than Latin, in a text of mostly Latin letters
+    bool outnumbered;  // a few letters of a script other than Latin among many Latin ones
 
     // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text
-    // and for Cyrillic, Greek, Arabic or Hebrew outnumbered by Latin letters.
+    // and for a few Cyrillic, Greek, Arabic or Hebrew letters among many Latin ones.
     [[nodiscard]] int tier() const {
         if (candidate.singleByte) return outnumbered ? 2 : 1;
         return ideographic ? 0 : 2;
@@ -412,7 +419,7 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         const bool ideographic = !candidate.singleByte &&
                                  score.costPerCharacter() <= ideographicCostLimit && ownScript;
         const bool outnumbered = candidate.singleByte && candidate.script != Script::latin &&
-                                 !ownScript;
+                                 !ownScript && fewLetters(decoded);
         ranked.push_back({candidate, score, std::move(decoded), ideographic, outnumbered});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
