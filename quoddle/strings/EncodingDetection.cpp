@@ -457,6 +457,19 @@ bool isConfident(const std::vector<Ranked>& ranked) {
     });
 }
 
+// Control characters other than white space (and escape, which terminals' colours use) are the
+// mark of binary data. Text can hold a stray one, a page break or a separator, so only a density
+// of them counts: more than one byte in 32 of the first 64 KB.
+bool looksBinary(std::span<const std::uint8_t> bytes) {
+    const auto head = bytes.first(std::min(bytes.size(), sampleSize));
+    const auto controls = std::count_if(head.begin(), head.end(), [](std::uint8_t byte) {
+        return (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r' && byte != '\f' &&
+                byte != 0x1B) ||
+               byte == 0x7F;
+    });
+    return static_cast<std::size_t>(controls) * 32 > head.size();
+}
+
 // ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.
 std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> bytes) {
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -489,9 +502,10 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
     for (std::size_t i = 0; i < sample.size(); ++i)
         zeros[i % 4] += sample[i] == 0 ? 1 : 0;
     const std::size_t units = sample.size() / 2;
-    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side has few.
+    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side a quarter as
+    // many at most (Korean has syllables such as U+B300 whose low byte is NUL).
     const auto lopsided = [units](std::size_t here, std::size_t there) {
-        return here * 32 >= units && there * 8 <= here;
+        return here * 32 >= units && there * 4 <= here;
     };
     std::optional<EncodingNumber> found;
     // Units of UTF-32 outside the supplementary planes have two NULs in a row, on the same side.
@@ -624,6 +638,7 @@ EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
     if (const auto unicode = unmarkedUnicode(from)) return *unicode;
     // A few bytes are too little to tell one legacy encoding from another.
     if (from.size() < shortestText) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
+    if (looksBinary(from)) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
     std::vector<Ranked> ranked = rankCandidates(from, scan);
     // The multibyte candidates were only tried on the sample; a longer text must decode whole.
     while (!ranked.empty() && !ranked.front().candidate.singleByte &&

@@ -110,11 +110,9 @@ struct Folded {
 Folded fold(char16_t c) {
     if (c < 0x80) {
         const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-        // Control characters other than white space mean binary data, whatever the encoding.
-        const bool control =
-            (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' && c != 0x1B) ||
-            c == 0x7F;
-        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0,
+        // ASCII reads alike in every candidate; binary data, with its control characters, is
+        // turned away before any scoring.
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, 0,
                 letter ? USCRIPT_LATIN : USCRIPT_COMMON, c >= u'A' && c <= u'Z'};
     }
     const auto mask = U_GET_GC_MASK(c);
