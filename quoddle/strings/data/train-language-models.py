@@ -47,7 +47,8 @@ LANGUAGES = [
     ("hu", "latin", [("man", "hu")]),
     ("ro", "latin", [("man", "ro")]),
     ("sk", "latin", [("dic", "sk_SK.dic", "utf-8")]),
-    ("hr", "latin", [("man", "hr"), ("man", "sl")]),
+    ("hr", "latin", [("man", "hr"), ("dic", "hr_HR.dic", "utf-8")]),
+    ("sl", "latin", [("man", "sl"), ("dic", "sl_SI.dic", "iso8859-2")]),
     ("ca", "latin", [("dic", "ca.dic", "utf-8")]),
     ("gl", "latin", [("dic", "gl_ES.dic", "utf-8")]),
     ("eu", "latin", [("dic", "eu.dic", "utf-8")]),
@@ -76,7 +77,7 @@ LANGUAGES = [
 POOLS = [
     ("western", "latin", ["de", "fr", "es", "it", "nl", "pt", "sv", "da", "nb", "fi", "ca", "gl",
                           "eu"]),
-    ("central", "latin", ["cs", "sk", "pl", "hu", "ro", "hr"]),
+    ("central", "latin", ["cs", "sk", "pl", "hu", "ro", "hr", "sl"]),
 ]
 POOL_SHARE = 400_000  # characters of folded text taken from each member
 
