@@ -309,14 +309,43 @@ std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
 // Japanese or Korean land on rare characters and symbols.
 constexpr double ideographicCostLimit = 20.0;
 
+constexpr bool isAsciiLetter(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+
+// The Latin letters in front of the sample, which the statistics do not read.
+std::size_t latinLettersBefore(std::span<const std::uint8_t> bytes,
+                               std::span<const std::uint8_t> sample) {
+    const auto before = bytes.first(static_cast<std::size_t>(sample.data() - bytes.data()));
+    return static_cast<std::size_t>(std::count_if(
+        before.begin(), before.end(), [](std::uint8_t byte) { return isAsciiLetter(byte); }));
+}
+
+// Korean is written in Hangul with a few Chinese characters at most, and Japanese never goes far
+// without kana; a decoding that reads mostly as Chinese characters in either is Chinese text read
+// in the wrong encoding.
+bool soundsLikeItsScript(std::u16string_view decoded, Script script) {
+    if (script != Script::korean && script != Script::japanese) return true;
+    std::size_t own = 0;
+    std::size_t ideographs = 0;
+    for (const char16_t c : decoded) {
+        const bool hangul = c >= 0xAC00 && c <= 0xD7A3;
+        const bool kana = c >= 0x3041 && c <= 0x30FF;
+        own += (script == Script::korean ? hangul : kana) ? 1 : 0;
+        ideographs += c >= 0x4E00 && c <= 0x9FFF ? 1 : 0;
+    }
+    // Kanji outnumber kana in terse Japanese (menus, names), so Japanese is only asked for some.
+    return script == Script::korean ? ideographs <= own : own * 8 >= ideographs;
+}
+
 // Text in another script carries Latin words, but not eight Latin letters to every one of its own
 // characters: a decoding with so few is a Latin text whose accented letters read as a Cyrillic word
 // (Italian "è" as Russian "и") or happened to pair up into an ideograph or two.
-bool mostlyOwnScript(std::u16string_view decoded) {
-    std::size_t latin = 0;
+bool mostlyOwnScript(std::u16string_view decoded, std::size_t latinBefore) {
+    std::size_t latin = latinBefore;
     std::size_t own = 0;
     for (const char16_t c : decoded) {
-        latin += (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ? 1 : 0;
+        latin += isAsciiLetter(c) ? 1 : 0;
         own += c >= 0x80 ? 1 : 0;
     }
     return own * 8 >= latin;
@@ -397,6 +426,7 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
     const auto present = bytesPresent(bytes);
     const auto defining = definingCandidates(present);
     const auto telling = tellingCharacters(present, defining);
+    const std::size_t latinBefore = latinLettersBefore(bytes, sample);
     std::vector<Ranked> ranked;
     for (std::size_t i = 0; i < candidateCount; ++i) {
         const Candidate& candidate = candidates[i];
@@ -415,9 +445,10 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
         score.total -= candidate.prior;
         score.tellingTotal -= candidate.prior;
-        const bool ownScript = mostlyOwnScript(decoded);
+        const bool ownScript = mostlyOwnScript(decoded, latinBefore);
         const bool ideographic = !candidate.singleByte &&
-                                 score.costPerCharacter() <= ideographicCostLimit && ownScript;
+                                 score.costPerCharacter() <= ideographicCostLimit && ownScript &&
+                                 soundsLikeItsScript(decoded, candidate.script);
         const bool outnumbered = candidate.singleByte && candidate.script != Script::latin &&
                                  !ownScript && fewLetters(decoded);
         ranked.push_back({candidate, score, std::move(decoded), ideographic, outnumbered});

@@ -211,7 +211,7 @@ int placementCost(std::u16string_view text, std::size_t at, char16_t previous,
     if ((c == 0x00A9 || c == 0x00AE) && letterAfter) return symbolCost;
     // An apostrophe or closing quote follows a letter; one that opens a word is more likely a
     // capital of another encoding (Greek Άδεια read as ’δεια).
-    if (c == 0x2019 && letterAfter && !letterBefore) return unseenLevel;
+    if (c == 0x2019 && letterAfter && !letterBefore) return symbolCost;
     return 0;
 }
 
