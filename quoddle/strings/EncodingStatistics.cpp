@@ -168,11 +168,11 @@ bool isTelling(std::span<const char16_t> telling, char16_t c) {
     return c >= 0x80 && std::binary_search(telling.begin(), telling.end(), c);
 }
 
-// Punctuation that real text puts between two letters of one word: the apostrophe (l’ordre), and
-// the Catalan middle dot of l·l. Any other symbol there is a letter that a wrong encoding turned
+// Punctuation that real text puts between two letters: the apostrophe (l’ordre), the no-break
+// space (10 MB, where a format's letter comes first: %.1f MB), and the Catalan middle dot of l·l. Any other symbol there is a letter that a wrong encoding turned
 // into punctuation (actúa read as act·a).
 bool joinsWord(char16_t before, char16_t c, char16_t after) {
-    if (c == 0x2019) return true;
+    if (c == 0x2019 || c == 0x00A0) return true;
     return c == 0x00B7 && before == u'l' && (after == u'l' || after == u'L');
 }
 

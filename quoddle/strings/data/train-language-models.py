@@ -213,7 +213,8 @@ def main():
         # Where each level's keys begin in the key string, in keys; the last entry is their count.
         starts = [sum(1 for level, _ in rows if level < depth) for depth in range(1, DEEPEST_LEVEL + 2)]
         keys = literal(key for _, key in rows)
-        print(f'    {{"{name}", Script::{script}, {{{", ".join(map(str, starts))}}},\n     {keys}}},')
+        print(f'    {{"{name}", Script::{script}, {{{", ".join(map(str, starts))}}},\n'
+              f'     {keys}}},')
     print("};")
     print("// clang-format on")
 
