@@ -559,6 +559,49 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
     return plain ? found : std::nullopt;
 }
 
+// UTF-16 without a mark whose text is Chinese, Japanese or Korean has hardly any NULs: only its
+// line ends and spaces have them. Such text is told by what it decodes to in one byte order: every
+// unit a character of those scripts, their punctuation or plain white space and ASCII, most of
+// them of those scripts, and common characters at that (a wrong byte order lands on surrogates,
+// private use and rare characters; a legacy 8-bit text's byte pairs do too).
+bool isIdeographicUnit(char16_t c) {
+    return (c >= 0x3000 && c <= 0x30FF) || (c >= 0x3400 && c <= 0x9FFF) ||
+           (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0xFF01 && c <= 0xFFEF);
+}
+
+bool isPlainUnit(char16_t c) {
+    return (c >= 0x20 && c < 0x7F) || c == u'\t' || c == u'\n' || c == u'\r' ||
+           (c >= 0x2010 && c <= 0x2027) || c == 0x00B7;
+}
+
+std::optional<EncodingNumber> unmarkedIdeographicUtf16(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() % 2 != 0 || bytes.size() < 2 * shortestText) return std::nullopt;
+    const auto sample = bytes.first(std::min(bytes.size(), sampleSize));
+    std::optional<EncodingNumber> found;
+    for (const EncodingNumber order : {Encodings::utf16LittleEndian, Encodings::utf16BigEndian}) {
+        const auto text = decodeText(sample, order);
+        if (!text || text->empty()) continue;
+        std::size_t ideographic = 0;
+        const bool allPlausible = std::all_of(text->begin(), text->end(), [&](char16_t c) {
+            const bool own = isIdeographicUnit(c);
+            ideographic += own ? 1 : 0;
+            return own || isPlainUnit(c);
+        });
+        if (!allPlausible || ideographic * 2 < text->size()) continue;
+        const bool common = std::any_of(
+            std::begin(candidates), std::end(candidates), [&](const Candidate& candidate) {
+                return !candidate.singleByte &&
+                       internal::scoreText(*text, candidate.script, {}).costPerCharacter() <=
+                           ideographicCostLimit;
+            });
+        if (!common) continue;
+        if (found) return std::nullopt;  // both byte orders read well: too little to tell
+        found = order;
+    }
+    if (found && !decodeText(bytes, *found)) return std::nullopt;
+    return found;
+}
+
 // The guess for well-formed text of at least the shortest length, from what follows the first
 // "charset=" and the first "encoding=" (to the end of the text, or far enough to hold the value's
 // end). A "charset=" that was found leaves at least its own 8 units, so the text cannot end inside
@@ -667,6 +710,7 @@ EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
         return Encodings::utf8;
     }
     if (const auto unicode = unmarkedUnicode(from)) return *unicode;
+    if (const auto unicode = unmarkedIdeographicUtf16(from)) return *unicode;
     // A few bytes are too little to tell one legacy encoding from another.
     if (from.size() < shortestText) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
     if (looksBinary(from)) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
