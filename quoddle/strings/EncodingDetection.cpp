@@ -1,5 +1,7 @@
 #include "quoddle/strings/EncodingDetection.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -490,7 +492,7 @@ bool isConfident(const std::vector<Ranked>& ranked) {
 
 // Control characters other than white space (and escape, which terminals' colours use) are the
 // mark of binary data. Text can hold a stray one, a page break or a separator, so only a density
-// of them counts: more than one byte in 32 of the first 64 KB.
+// of them counts: more than one byte in 16 of the first 64 KB (random bytes have one in 8).
 bool looksBinary(std::span<const std::uint8_t> bytes) {
     const auto head = bytes.first(std::min(bytes.size(), sampleSize));
     const auto controls = std::count_if(head.begin(), head.end(), [](std::uint8_t byte) {
@@ -498,7 +500,7 @@ bool looksBinary(std::span<const std::uint8_t> bytes) {
                 byte != 0x1B) ||
                byte == 0x7F;
     });
-    return static_cast<std::size_t>(controls) * 32 > head.size();
+    return static_cast<std::size_t>(controls) * 16 > head.size();
 }
 
 // ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.
@@ -552,9 +554,13 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
         found = Encodings::utf16BigEndian;
     }
     if (!found) return std::nullopt;
+    // Chinese text has NULs too, in characters such as U+5F00, and a few of them would pass for
+    // the other byte order, which reads its characters as private use and unassigned code points.
     const auto text = decodeText(bytes, *found);
     const bool plain = text && std::none_of(text->begin(), text->end(), [](char16_t c) {
-                           return c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f';
+                           return (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' &&
+                                   c != u'\f') ||
+                                  (c >= 0xE000 && c <= 0xF8FF) || u_charType(c) == U_UNASSIGNED;
                        });
     return plain ? found : std::nullopt;
 }

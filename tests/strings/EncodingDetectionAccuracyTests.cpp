@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -189,6 +190,7 @@ TEST(DetectEncodingAccuracy, EveryFamilyAndSizeKeepsItsFloor) {
         EXPECT_TRUE(results.contains(family)) << family << ": no catalogue found";
         for (const auto& [size, counts] : results[family]) {
             const auto [right, tried] = counts;
+            std::cout << family << " at " << size << " bytes: " << right << " of " << tried << "\n";
             EXPECT_GE(right, floor * tried)
                 << family << " at " << size << " bytes: " << right << " of " << tried;
         }
