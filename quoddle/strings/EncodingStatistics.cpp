@@ -148,8 +148,10 @@ struct Totals {
     std::int64_t telling;
 };
 
-// Text scored against each language of its script, keeping the best: a wrong decoding mixes letters
-// that no one language puts together. `cost` answers the total and the telling total.
+// Text scored against each language of its script, keeping the one that explains the whole text
+// best, with its telling total: a wrong decoding mixes letters that no one language puts together,
+// and letting its few telling letters pick a language of their own hides that. `cost` answers the
+// total and the telling total.
 template <typename Cost>
 TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
     TextScore best{INT64_MIN, characters, INT64_MIN};
