@@ -527,7 +527,8 @@ std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> byte
 
 // UTF-16 or UTF-32 without a mark. Text in any script has spaces, digits and line ends, whose units
 // hold NUL bytes, and those keep to one side of each unit; NULs scattered on both sides are binary
-// data. What decodes must also be free of control characters other than white space.
+// data. What decodes must also be free of private use and unassigned code points, and of all but a
+// few control characters.
 std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> bytes) {
     const auto sample = bytes.first(std::min(bytes.size(), sampleSize) & ~std::size_t{3});
     if (sample.empty()) return std::nullopt;
@@ -556,13 +557,16 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
     if (!found) return std::nullopt;
     // Chinese text has NULs too, in characters such as U+5F00, and a few of them would pass for
     // the other byte order, which reads its characters as private use and unassigned code points.
+    // Control characters are binary data only in numbers (text can hold a bell or a separator),
+    // as for the legacy encodings.
     const auto text = decodeText(bytes, *found);
-    const bool plain = text && std::none_of(text->begin(), text->end(), [](char16_t c) {
-                           return (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' &&
-                                   c != u'\f') ||
-                                  (c >= 0xE000 && c <= 0xF8FF) || u_charType(c) == U_UNASSIGNED;
-                       });
-    return plain ? found : std::nullopt;
+    if (!text) return std::nullopt;
+    std::size_t controls = 0;
+    const bool assigned = std::none_of(text->begin(), text->end(), [&controls](char16_t c) {
+        controls += c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' ? 1 : 0;
+        return (c >= 0xE000 && c <= 0xF8FF) || u_charType(c) == U_UNASSIGNED;
+    });
+    return assigned && controls * 16 <= text->size() ? found : std::nullopt;
 }
 
 // UTF-16 without a mark whose text is Chinese, Japanese or Korean has hardly any NULs: only its

@@ -224,6 +224,13 @@ TEST(DetectEncoding, FindsUnmarkedUtf16InEveryScript) {
             EXPECT_EQ(Text::detectEncoding(encoded(text, order)), order) << text;
         }
     }
+    // Lithuanian letters are U+01xx, so its UTF-16 is all bytes below 0x80 (well-formed UTF-8
+    // with NULs), and a bell in a message is not binary data.
+    const std::string_view lithuanian =
+        "Nepavyko įrašyti failo \a\nNeįmanoma atidaryti kelio: ų, ė, ž ir š\n";
+    for (const EncodingNumber order : {Encodings::utf16LittleEndian, Encodings::utf16BigEndian}) {
+        EXPECT_EQ(Text::detectEncoding(encoded(lithuanian, order)), order);
+    }
     // Byte pairs of a legacy text are not UTF-16, though they decode as such.
     EXPECT_EQ(Text::detectEncoding(encoded("Grüße aus München, schöne Straße!", Encodings::isoLatin1)),
               Encodings::windowsCP1252);
