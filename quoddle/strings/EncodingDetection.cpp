@@ -375,10 +375,6 @@ struct Ranked {
     }
 };
 
-// Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
-// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
-// ones beyond it; by score within each tier, then in the candidates' order. Of decodings identical
-// to a better one only the better one is kept.
 // The single-byte candidates that define every byte present.
 std::array<bool, candidateCount> definingCandidates(const std::array<bool, 256>& present) {
     std::array<bool, candidateCount> defining{};
@@ -419,8 +415,9 @@ std::array<std::u16string, candidateCount> tellingCharacters(
 }
 
 // Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
-// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
-// ones beyond it; by their telling score within each tier, then in the candidates' order. Of
+// first: plausible ideographic decodings, then the single-byte ones, then the implausible ones
+// (ideographic decodings beyond their limit or in the wrong script, a few non-Latin letters among
+// many Latin ones); by their telling score within each tier, then in the candidates' order. Of
 // decodings identical to a better one only the better one is kept.
 std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
                                    const internal::Utf8Scan& scan) {
