@@ -356,8 +356,8 @@ bool mostlyOwnScript(std::u16string_view decoded, std::size_t latinBefore) {
 // Fewer letters outside ASCII than a few words hold: too few to show a script of their own.
 bool fewLetters(std::u16string_view decoded) {
     constexpr std::size_t fewest = 16;
-    return std::count_if(decoded.begin(), decoded.end(),
-                         [](char16_t c) { return c >= 0x80; }) < static_cast<std::ptrdiff_t>(fewest);
+    return std::count_if(decoded.begin(), decoded.end(), [](char16_t c) { return c >= 0x80; }) <
+           static_cast<std::ptrdiff_t>(fewest);
 }
 
 struct Ranked {

@@ -123,8 +123,7 @@ Folded fold(char16_t c) {
         return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0,
                 U_SUCCESS(status) ? script : USCRIPT_COMMON, (mask & U_GC_LU_MASK) != 0};
     }
-    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost, USCRIPT_COMMON,
-            false};
+    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost, USCRIPT_COMMON, false};
 }
 
 // Two letters side by side in different scripts (a Latin letter inside a Cyrillic word), or a
@@ -171,8 +170,9 @@ bool isTelling(std::span<const char16_t> telling, char16_t c) {
 }
 
 // Punctuation that real text puts between two letters: the apostrophe (l’ordre), the no-break
-// space (10 MB, where a format's letter comes first: %.1f MB), and the Catalan middle dot of l·l. Any other symbol there is a letter that a wrong encoding turned
-// into punctuation (actúa read as act·a).
+// space (10 MB, where a format's letter comes first: %.1f MB), and the Catalan middle dot of l·l.
+// Any other symbol there is a letter that a wrong encoding turned into punctuation (actúa read as
+// act·a).
 bool joinsWord(char16_t before, char16_t c, char16_t after) {
     if (c == 0x2019 || c == 0x00A0) return true;
     return c == 0x00B7 && before == u'l' && (after == u'l' || after == u'L');
@@ -243,8 +243,8 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
         const bool tells = isTelling(telling, c);
         const int cost = std::max(folded.cost + neighbourCost(previousFolded, folded, c),
                                   placementCost(text, i, previous, guillemets));
-        const bool counts = !(past || (characters >= scoredCharacters && c < 0x80)) ||
-                            tells || previousTells;
+        const bool counts =
+            !(past || (characters >= scoredCharacters && c < 0x80)) || tells || previousTells;
         if (counts) {
             ownCosts += cost;
             tellingOwnCosts += tells || previousTells ? cost : 0;

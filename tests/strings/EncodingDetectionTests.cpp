@@ -173,10 +173,11 @@ TEST(DetectEncoding, TellsLegacyEncodingsApartWhereTheirReadingsLookAlike) {
          "il percorso indicato non corrisponde ad alcun elemento presente nel sistema.",
          Encodings::isoLatin1, Encodings::windowsCP1252},
         // IBM 866 reads "ø" as a degree sign in the middle of a word.
-        {"Norwegian", "offentlig nøkkel %s er %lu dag nyere enn signaturen\n",
-         Encodings::isoLatin1, Encodings::windowsCP1252},
+        {"Norwegian", "offentlig nøkkel %s er %lu dag nyere enn signaturen\n", Encodings::isoLatin1,
+         Encodings::windowsCP1252},
         // GB 18030 reads "\xA9k" as one Chinese character.
-        {"Croatian place names", "Sveti Petar i Mikelon\nSalzburg\nSardinija\nŠkotska\nŠkotske "
+        {"Croatian place names",
+         "Sveti Petar i Mikelon\nSalzburg\nSardinija\nŠkotska\nŠkotske "
          "granice\nSelnica ob Dravi\n",
          isoLatin2, isoLatin2},
         // windows-1250 reads ť as a closing guillemet that nothing opens.
@@ -232,8 +233,9 @@ TEST(DetectEncoding, FindsUnmarkedUtf16InEveryScript) {
         EXPECT_EQ(Text::detectEncoding(encoded(lithuanian, order)), order);
     }
     // Byte pairs of a legacy text are not UTF-16, though they decode as such.
-    EXPECT_EQ(Text::detectEncoding(encoded("Grüße aus München, schöne Straße!", Encodings::isoLatin1)),
-              Encodings::windowsCP1252);
+    EXPECT_EQ(
+        Text::detectEncoding(encoded("Grüße aus München, schöne Straße!", Encodings::isoLatin1)),
+        Encodings::windowsCP1252);
 }
 
 TEST(DetectEncoding, AnswersNothingForBinaryData) {
