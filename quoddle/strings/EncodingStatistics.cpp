@@ -223,6 +223,7 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
     struct Pair {
         std::uint32_t characters;
         bool telling;
+        bool scored;  // within the characters scored in full, so part of the total
     };
     std::vector<Pair> pairs;
     std::int64_t ownCosts = 0;
@@ -232,38 +233,61 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
     bool previousTells = false;
     Folded previousFolded{boundary, 0, USCRIPT_COMMON, false};
     const Guillemets guillemets = guillemetsIn(text);
+    std::size_t end = text.size();
+    std::vector<bool> scoredKinds(0x10000);  // the characters the scored part holds
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t c = text[i];
+        if (c >= 0x80 && ++characters > scoredCharacters) {
+            end = i;
+            break;
+        }
         if (isMnemonicMark(c) && previous != boundary && isLetterAt(text, i + 1)) continue;
-        // Past the characters scored in full, only those where the decodings differ still count:
-        // one telling letter deep in a long text can be all that tells two encodings apart.
-        const bool past = c >= 0x80 && characters >= scoredCharacters;
-        if (c >= 0x80 && !past) ++characters;
         const Folded folded = fold(c);
         const bool tells = isTelling(telling, c);
         const int cost = std::max(folded.cost + neighbourCost(previousFolded, folded, c),
                                   placementCost(text, i, previous, guillemets));
-        const bool counts =
-            !(past || (characters >= scoredCharacters && c < 0x80)) || tells || previousTells;
-        if (counts) {
-            ownCosts += cost;
-            tellingOwnCosts += tells || previousTells ? cost : 0;
-            if ((previous >= 0x80 || folded.character >= 0x80) &&
-                !(previous == boundary && folded.character == boundary)) {
-                pairs.push_back(
-                    {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
-            }
+        ownCosts += cost;
+        tellingOwnCosts += tells || previousTells ? cost : 0;
+        if (c >= 0x80) scoredKinds[c] = true;
+        if ((previous >= 0x80 || folded.character >= 0x80) &&
+            !(previous == boundary && folded.character == boundary)) {
+            pairs.push_back(
+                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells, true});
         }
         previous = folded.character;
         previousFolded = folded;
         previousTells = tells;
+    }
+    // Past the characters scored in full, telling characters the scored part did not hold still
+    // count towards the telling total, with their pairs: one letter deep in a long text can be all
+    // that tells two encodings apart (a Greek capital that another encoding reads as a symbol).
+    // Characters already scored add nothing new.
+    const auto late = [&](std::size_t at) {
+        return isTelling(telling, text[at]) && !scoredKinds[text[at]];
+    };
+    for (std::size_t i = std::max<std::size_t>(end, 1); i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (c < 0x80 || !late(i)) continue;
+        const Folded before = fold(text[i - 1]);
+        const Folded here = fold(c);
+        tellingOwnCosts += std::max(here.cost + neighbourCost(before, here, c),
+                                    placementCost(text, i, before.character, guillemets));
+        // A late character before this one has already counted the pair they make.
+        if (!late(i - 1)) {
+            pairs.push_back(
+                {(std::uint32_t{before.character} << 16) | here.character, true, false});
+        }
+        if (i + 1 < text.size()) {
+            pairs.push_back(
+                {(std::uint32_t{here.character} << 16) | fold(text[i + 1]).character, true, false});
+        }
     }
     return bestLanguage(script, std::min(characters, scoredCharacters),
                         [&](const LevelTable& table) {
                             Totals totals{-ownCosts, -tellingOwnCosts};
                             for (const Pair& pair : pairs) {
                                 const int level = levelOf(table, pair.characters);
-                                totals.total -= level;
+                                totals.total -= pair.scored ? level : 0;
                                 totals.telling -= pair.telling ? level : 0;
                             }
                             return totals;

@@ -209,6 +209,23 @@ TEST(DetectEncoding, TellsLegacyEncodingsApartWhereTheirReadingsLookAlike) {
         << "one letter is too little to answer anything confidently";
 }
 
+// Long text is scored in part, and the part must neither change how plausible the text looks nor
+// hide the one letter that tells two encodings apart.
+TEST(DetectEncoding, JudgesLongTextLikeShortText) {
+    std::string russian;
+    while (russian.size() < 200'000)
+        russian += "Это тестовый текст на русском языке, и он довольно длинный.\n";
+    EXPECT_EQ(Text::detectEncoding(encoded(russian, Encodings::windowsCP1251)),
+              Encodings::windowsCP1251);
+    // Only "Ά" reads differently in ISO 8859-7 and windows-1253 (which has "¶" there), and it
+    // comes after thousands of letters.
+    std::string greek;
+    while (greek.size() < 40'000)
+        greek += "Η διεργασία τερματίστηκε με επιτυχία και το αρχείο αποθηκεύτηκε.\n";
+    greek += "Άδεια χρήσης\n";
+    EXPECT_EQ(Text::detectEncoding(encoded(greek, isoGreek)), isoGreek);
+}
+
 TEST(DetectEncoding, FindsUnmarkedUtf16InEveryScript) {
     // Japanese and Chinese without ASCII have NULs only in their line ends, if at all; Korean has
     // syllables whose low byte is NUL, so NULs fall on both sides of its units.
