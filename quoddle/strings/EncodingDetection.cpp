@@ -1,5 +1,7 @@
 #include "quoddle/strings/EncodingDetection.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -309,23 +311,70 @@ std::array<bool, 256> bytesPresent(std::span<const std::uint8_t> bytes) {
 // Japanese or Korean land on rare characters and symbols.
 constexpr double ideographicCostLimit = 20.0;
 
+constexpr bool isAsciiLetter(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+
+// The Latin letters in front of the sample, which the statistics do not read.
+std::size_t latinLettersBefore(std::span<const std::uint8_t> bytes,
+                               std::span<const std::uint8_t> sample) {
+    const auto before = bytes.first(static_cast<std::size_t>(sample.data() - bytes.data()));
+    return static_cast<std::size_t>(std::count_if(
+        before.begin(), before.end(), [](std::uint8_t byte) { return isAsciiLetter(byte); }));
+}
+
+// Korean is written in Hangul with a few Chinese characters at most, and Japanese never goes far
+// without kana; a decoding that reads mostly as Chinese characters in either is Chinese text read
+// in the wrong encoding.
+bool soundsLikeItsScript(std::u16string_view decoded, Script script) {
+    if (script != Script::korean && script != Script::japanese) return true;
+    std::size_t own = 0;
+    std::size_t ideographs = 0;
+    for (const char16_t c : decoded) {
+        const bool hangul = c >= 0xAC00 && c <= 0xD7A3;
+        const bool kana = c >= 0x3041 && c <= 0x30FF;
+        own += (script == Script::korean ? hangul : kana) ? 1 : 0;
+        ideographs += c >= 0x4E00 && c <= 0x9FFF ? 1 : 0;
+    }
+    // Kanji outnumber kana in terse Japanese (menus, names), so Japanese is only asked for some.
+    return script == Script::korean ? ideographs <= own : own * 8 >= ideographs;
+}
+
+// Text in another script carries Latin words, but not eight Latin letters to every one of its own
+// characters: a decoding with so few is a Latin text whose accented letters read as a Cyrillic word
+// (Italian "è" as Russian "и") or happened to pair up into an ideograph or two.
+bool mostlyOwnScript(std::u16string_view decoded, std::size_t latinBefore) {
+    std::size_t latin = latinBefore;
+    std::size_t own = 0;
+    for (const char16_t c : decoded) {
+        latin += isAsciiLetter(c) ? 1 : 0;
+        own += c >= 0x80 ? 1 : 0;
+    }
+    return own * 8 >= latin;
+}
+
+// Fewer letters outside ASCII than a few words hold: too few to show a script of their own.
+bool fewLetters(std::u16string_view decoded) {
+    constexpr std::size_t fewest = 16;
+    return std::count_if(decoded.begin(), decoded.end(), [](char16_t c) { return c >= 0x80; }) <
+           static_cast<std::ptrdiff_t>(fewest);
+}
+
 struct Ranked {
     Candidate candidate;
     internal::TextScore score;
     std::u16string decoded;
     bool ideographic;
+    bool outnumbered;  // a few letters of a script other than Latin among many Latin ones
 
-    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text.
+    // 0 for plausible ideographic text, 1 for single-byte text, 2 for implausible ideographic text
+    // and for a few Cyrillic, Greek, Arabic or Hebrew letters among many Latin ones.
     [[nodiscard]] int tier() const {
-        if (candidate.singleByte) return 1;
+        if (candidate.singleByte) return outnumbered ? 2 : 1;
         return ideographic ? 0 : 2;
     }
 };
 
-// Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
-// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
-// ones beyond it; by score within each tier, then in the candidates' order. Of decodings identical
-// to a better one only the better one is kept.
 // The single-byte candidates that define every byte present.
 std::array<bool, candidateCount> definingCandidates(const std::array<bool, 256>& present) {
     std::array<bool, candidateCount> defining{};
@@ -366,8 +415,9 @@ std::array<std::u16string, candidateCount> tellingCharacters(
 }
 
 // Every candidate that decodes the whole input (single-byte) or the sample (multibyte), best
-// first: ideographic decodings within their limit, then the single-byte ones, then the ideographic
-// ones beyond it; by their telling score within each tier, then in the candidates' order. Of
+// first: plausible ideographic decodings, then the single-byte ones, then the implausible ones
+// (ideographic decodings beyond their limit or in the wrong script, a few non-Latin letters among
+// many Latin ones); by their telling score within each tier, then in the candidates' order. Of
 // decodings identical to a better one only the better one is kept.
 std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
                                    const internal::Utf8Scan& scan) {
@@ -375,6 +425,7 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
     const auto present = bytesPresent(bytes);
     const auto defining = definingCandidates(present);
     const auto telling = tellingCharacters(present, defining);
+    const std::size_t latinBefore = latinLettersBefore(bytes, sample);
     std::vector<Ranked> ranked;
     for (std::size_t i = 0; i < candidateCount; ++i) {
         const Candidate& candidate = candidates[i];
@@ -393,9 +444,13 @@ std::vector<Ranked> rankCandidates(std::span<const std::uint8_t> bytes,
         internal::TextScore score = internal::scoreText(decoded, candidate.script, telling[i]);
         score.total -= candidate.prior;
         score.tellingTotal -= candidate.prior;
-        const bool ideographic =
-            !candidate.singleByte && score.costPerCharacter() <= ideographicCostLimit;
-        ranked.push_back({candidate, score, std::move(decoded), ideographic});
+        const bool ownScript = mostlyOwnScript(decoded, latinBefore);
+        const bool ideographic = !candidate.singleByte &&
+                                 score.costPerCharacter() <= ideographicCostLimit && ownScript &&
+                                 soundsLikeItsScript(decoded, candidate.script);
+        const bool outnumbered = candidate.singleByte && candidate.script != Script::latin &&
+                                 !ownScript && fewLetters(decoded);
+        ranked.push_back({candidate, score, std::move(decoded), ideographic, outnumbered});
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
         if (a.tier() != b.tier()) return a.tier() < b.tier();
@@ -432,6 +487,19 @@ bool isConfident(const std::vector<Ranked>& ranked) {
     });
 }
 
+// Control characters other than white space (and escape, which terminals' colours use) are the
+// mark of binary data. Text can hold a stray one, a page break or a separator, so only a density
+// of them counts: more than one byte in 16 of the first 64 KB (random bytes have one in 8).
+bool looksBinary(std::span<const std::uint8_t> bytes) {
+    const auto head = bytes.first(std::min(bytes.size(), sampleSize));
+    const auto controls = std::count_if(head.begin(), head.end(), [](std::uint8_t byte) {
+        return (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r' && byte != '\f' &&
+                byte != 0x1B) ||
+               byte == 0x7F;
+    });
+    return static_cast<std::size_t>(controls) * 16 > head.size();
+}
+
 // ISO-2022 text is 7-bit, so it passes as ASCII; its escape sequences tell it apart.
 std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> bytes) {
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -456,7 +524,8 @@ std::optional<EncodingNumber> iso2022Encoding(std::span<const std::uint8_t> byte
 
 // UTF-16 or UTF-32 without a mark. Text in any script has spaces, digits and line ends, whose units
 // hold NUL bytes, and those keep to one side of each unit; NULs scattered on both sides are binary
-// data. What decodes must also be free of control characters other than white space.
+// data. What decodes must also be free of private use and unassigned code points, and of all but a
+// few control characters.
 std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> bytes) {
     const auto sample = bytes.first(std::min(bytes.size(), sampleSize) & ~std::size_t{3});
     if (sample.empty()) return std::nullopt;
@@ -464,9 +533,10 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
     for (std::size_t i = 0; i < sample.size(); ++i)
         zeros[i % 4] += sample[i] == 0 ? 1 : 0;
     const std::size_t units = sample.size() / 2;
-    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side has few.
+    // Lopsided: at least one unit in 32 has a NUL on this side, and the other side a quarter as
+    // many at most (Korean has syllables such as U+B300 whose low byte is NUL).
     const auto lopsided = [units](std::size_t here, std::size_t there) {
-        return here * 32 >= units && there * 8 <= here;
+        return here * 32 >= units && there * 4 <= here;
     };
     std::optional<EncodingNumber> found;
     // Units of UTF-32 outside the supplementary planes have two NULs in a row, on the same side.
@@ -482,11 +552,61 @@ std::optional<EncodingNumber> unmarkedUnicode(std::span<const std::uint8_t> byte
         found = Encodings::utf16BigEndian;
     }
     if (!found) return std::nullopt;
+    // Chinese text has NULs too, in characters such as U+5F00, and a few of them would pass for
+    // the other byte order, which reads its characters as private use and unassigned code points.
+    // Control characters are binary data only in numbers (text can hold a bell or a separator),
+    // as for the legacy encodings.
     const auto text = decodeText(bytes, *found);
-    const bool plain = text && std::none_of(text->begin(), text->end(), [](char16_t c) {
-                           return c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f';
-                       });
-    return plain ? found : std::nullopt;
+    if (!text) return std::nullopt;
+    std::size_t controls = 0;
+    const bool assigned = std::none_of(text->begin(), text->end(), [&controls](char16_t c) {
+        controls += c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' ? 1 : 0;
+        return (c >= 0xE000 && c <= 0xF8FF) || u_charType(c) == U_UNASSIGNED;
+    });
+    return assigned && controls * 16 <= text->size() ? found : std::nullopt;
+}
+
+// UTF-16 without a mark whose text is Chinese, Japanese or Korean has hardly any NULs: only its
+// line ends and spaces have them. Such text is told by what it decodes to in one byte order: every
+// unit a character of those scripts, their punctuation or plain white space and ASCII, most of
+// them of those scripts, and common characters at that (a wrong byte order lands on surrogates,
+// private use and rare characters; a legacy 8-bit text's byte pairs do too).
+bool isIdeographicUnit(char16_t c) {
+    return (c >= 0x3000 && c <= 0x30FF) || (c >= 0x3400 && c <= 0x9FFF) ||
+           (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0xFF01 && c <= 0xFFEF);
+}
+
+bool isPlainUnit(char16_t c) {
+    return (c >= 0x20 && c < 0x7F) || c == u'\t' || c == u'\n' || c == u'\r' ||
+           (c >= 0x2010 && c <= 0x2027) || c == 0x00B7;
+}
+
+std::optional<EncodingNumber> unmarkedIdeographicUtf16(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() % 2 != 0 || bytes.size() < 2 * shortestText) return std::nullopt;
+    const auto sample = bytes.first(std::min(bytes.size(), sampleSize));
+    std::optional<EncodingNumber> found;
+    for (const EncodingNumber order : {Encodings::utf16LittleEndian, Encodings::utf16BigEndian}) {
+        const auto text = decodeText(sample, order);
+        if (!text || text->empty()) continue;
+        std::size_t ideographic = 0;
+        const bool allPlausible = std::all_of(text->begin(), text->end(), [&](char16_t c) {
+            const bool own = isIdeographicUnit(c);
+            ideographic += own ? 1 : 0;
+            return own || isPlainUnit(c);
+        });
+        if (!allPlausible || ideographic * 2 < text->size()) continue;
+        const bool common = std::any_of(
+            std::begin(candidates), std::end(candidates), [&](const Candidate& candidate) {
+                return !candidate.singleByte &&
+                       internal::scoreText(*text, candidate.script, {}).costPerCharacter() <=
+                           ideographicCostLimit;
+            });
+        if (!common) continue;
+        if (found) return std::nullopt;  // both byte orders read well: too little to tell
+        found = order;
+    }
+    if (found && !decodeText(bytes, *found)) return std::nullopt;
+    return found;
 }
 
 // The guess for well-formed text of at least the shortest length, from what follows the first
@@ -597,8 +717,10 @@ EncodingNumber detectEncoding(std::span<const std::uint8_t> from) {
         return Encodings::utf8;
     }
     if (const auto unicode = unmarkedUnicode(from)) return *unicode;
+    if (const auto unicode = unmarkedIdeographicUtf16(from)) return *unicode;
     // A few bytes are too little to tell one legacy encoding from another.
     if (from.size() < shortestText) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
+    if (looksBinary(from)) return scan.wellFormed ? Encodings::utf8 : Encodings::none;
     std::vector<Ranked> ranked = rankCandidates(from, scan);
     // The multibyte candidates were only tried on the sample; a longer text must decode whole.
     while (!ranked.empty() && !ranked.front().candidate.singleByte &&

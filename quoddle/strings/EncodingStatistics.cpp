@@ -1,6 +1,7 @@
 #include "quoddle/strings/EncodingStatistics.h"
 
 #include <unicode/uchar.h>
+#include <unicode/uscript.h>
 
 #include <algorithm>
 #include <array>
@@ -102,23 +103,43 @@ bool isCommonPunctuation(char16_t c) {
 struct Folded {
     char16_t character;  // lower case, or `boundary`
     int cost;
+    UScriptCode script;  // of a letter; USCRIPT_COMMON for anything else
+    bool upper;
 };
 
 Folded fold(char16_t c) {
     if (c < 0x80) {
         const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-        // Control characters other than white space mean binary data, whatever the encoding.
-        const bool control =
-            (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r' && c != u'\f' && c != 0x1B) ||
-            c == 0x7F;
-        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, control ? symbolCost : 0};
+        // ASCII reads alike in every candidate; binary data, with its control characters, is
+        // turned away before any scoring.
+        return {letter ? static_cast<char16_t>(c | 0x20) : boundary, 0,
+                letter ? USCRIPT_LATIN : USCRIPT_COMMON, c >= u'A' && c <= u'Z'};
     }
     const auto mask = U_GET_GC_MASK(c);
     if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
         const UChar32 lower = u_tolower(c);
-        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0};
+        UErrorCode status = U_ZERO_ERROR;
+        const UScriptCode script = uscript_getScript(c, &status);
+        return {lower <= 0xFFFF ? static_cast<char16_t>(lower) : c, 0,
+                U_SUCCESS(status) ? script : USCRIPT_COMMON, (mask & U_GC_LU_MASK) != 0};
     }
-    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost};
+    return {boundary, isCommonPunctuation(c) ? punctuationCost : symbolCost, USCRIPT_COMMON, false};
+}
+
+// Two letters side by side in different scripts (a Latin letter inside a Cyrillic word), or a
+// capital right after a small letter in the middle of a word: real text almost never has either,
+// while reading a text in another script's encoding, or in an encoding that swaps the cases
+// (KOI8 against windows-1251), makes them in nearly every word. Marks (combining accents) carry
+// no script of their own and are left out.
+constexpr int mixedScriptCost = 2 * unseenLevel;
+constexpr int capitalInWordCost = unseenLevel;
+
+int neighbourCost(const Folded& previous, const Folded& current, char16_t raw) {
+    if (previous.character == boundary || current.character == boundary) return 0;
+    const bool scripted = previous.script > USCRIPT_INHERITED && current.script > USCRIPT_INHERITED;
+    if (scripted && previous.script != current.script) return mixedScriptCost;
+    if (raw >= 0x80 && current.upper && !previous.upper) return capitalInWordCost;
+    return 0;
 }
 
 struct Totals {
@@ -126,16 +147,20 @@ struct Totals {
     std::int64_t telling;
 };
 
-// Text scored against each language of its script, keeping the best: a wrong decoding mixes letters
-// that no one language puts together. `cost` answers the total and the telling total.
+// Text scored against each language of its script, keeping the one that explains the whole text
+// best, with its telling total: a wrong decoding mixes letters that no one language puts together,
+// and letting its few telling letters pick a language of their own hides that. `cost` answers the
+// total and the telling total.
 template <typename Cost>
 TextScore bestLanguage(Script script, std::int64_t characters, Cost cost) {
     TextScore best{INT64_MIN, characters, INT64_MIN};
     for (std::size_t i = 0; i < std::size(languageModels); ++i) {
         if (languageModels[i].script != script) continue;
         const auto [total, telling] = cost(languageTables()[i]);
-        best.total = std::max(best.total, total);
-        best.tellingTotal = std::max(best.tellingTotal, telling);
+        if (total > best.total) {
+            best.total = total;
+            best.tellingTotal = telling;
+        }
     }
     return best;
 }
@@ -144,12 +169,61 @@ bool isTelling(std::span<const char16_t> telling, char16_t c) {
     return c >= 0x80 && std::binary_search(telling.begin(), telling.end(), c);
 }
 
+// Punctuation that real text puts between two letters: the apostrophe (l’ordre), the no-break
+// space (10 MB, where a format's letter comes first: %.1f MB), and the Catalan middle dot of l·l.
+// Any other symbol there is a letter that a wrong encoding turned into punctuation (actúa read as
+// act·a).
+bool joinsWord(char16_t before, char16_t c, char16_t after) {
+    if (c == 0x2019 || c == 0x00A0) return true;
+    return c == 0x00B7 && before == u'l' && (after == u'l' || after == u'L');
+}
+
+// Characters that mark a keyboard shortcut inside a word in menus and dialogs ("_Αρχεία",
+// "Ф&айл"): skipped, so that the word around them reads as one.
+constexpr bool isMnemonicMark(char16_t c) {
+    return c == u'_' || c == u'&';
+}
+
+// Guillemets come in pairs, whichever way round a language uses them; one kind alone in a text
+// is a letter that a wrong encoding turned into a quotation mark (otvoriť read as otvori»).
+struct Guillemets {
+    bool left = false;
+    bool right = false;
+};
+
+Guillemets guillemetsIn(std::u16string_view text) {
+    return {text.find(u'\u00AB') != std::u16string_view::npos,
+            text.find(u'\u00BB') != std::u16string_view::npos};
+}
+
+bool isLetterAt(std::u16string_view text, std::size_t at) {
+    return at < text.size() && fold(text[at]).character != boundary;
+}
+
+// What `c` at `at` costs beyond its own cost for where it stands: punctuation inside a word, a
+// lone guillemet, a copyright sign glued to the word after it.
+int placementCost(std::u16string_view text, std::size_t at, char16_t previous,
+                  const Guillemets& guillemets) {
+    const char16_t c = text[at];
+    if (c < 0x80 || fold(c).character != boundary) return 0;
+    const bool letterBefore = previous != boundary;
+    const bool letterAfter = isLetterAt(text, at + 1);
+    if (letterBefore && letterAfter && !joinsWord(previous, c, text[at + 1])) return symbolCost;
+    if ((c == 0x00AB && !guillemets.right) || (c == 0x00BB && !guillemets.left)) return symbolCost;
+    if ((c == 0x00A9 || c == 0x00AE) && letterAfter) return symbolCost;
+    // An apostrophe or closing quote follows a letter; one that opens a word is more likely a
+    // capital of another encoding (Greek Άδεια read as ’δεια).
+    if (c == 0x2019 && letterAfter && !letterBefore) return symbolCost;
+    return 0;
+}
+
 TextScore scoreAlphabetic(std::u16string_view text, Script script,
                           std::span<const char16_t> telling) {
     // The pairs once, then their levels in each language.
     struct Pair {
         std::uint32_t characters;
         bool telling;
+        bool scored;  // within the characters scored in full, so part of the total
     };
     std::vector<Pair> pairs;
     std::int64_t ownCosts = 0;
@@ -157,26 +231,63 @@ TextScore scoreAlphabetic(std::u16string_view text, Script script,
     std::int64_t characters = 0;
     char16_t previous = boundary;
     bool previousTells = false;
-    for (const char16_t c : text) {
-        if (c >= 0x80 && ++characters > scoredCharacters) break;
+    Folded previousFolded{boundary, 0, USCRIPT_COMMON, false};
+    const Guillemets guillemets = guillemetsIn(text);
+    std::size_t end = text.size();
+    std::vector<bool> scoredKinds(0x10000);  // the characters the scored part holds
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (c >= 0x80 && ++characters > scoredCharacters) {
+            end = i;
+            break;
+        }
+        if (isMnemonicMark(c) && previous != boundary && isLetterAt(text, i + 1)) continue;
         const Folded folded = fold(c);
         const bool tells = isTelling(telling, c);
-        ownCosts += folded.cost;
-        tellingOwnCosts += tells ? folded.cost : 0;
+        const int cost = std::max(folded.cost + neighbourCost(previousFolded, folded, c),
+                                  placementCost(text, i, previous, guillemets));
+        ownCosts += cost;
+        tellingOwnCosts += tells || previousTells ? cost : 0;
+        if (c >= 0x80) scoredKinds[c] = true;
         if ((previous >= 0x80 || folded.character >= 0x80) &&
             !(previous == boundary && folded.character == boundary)) {
             pairs.push_back(
-                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells});
+                {(std::uint32_t{previous} << 16) | folded.character, tells || previousTells, true});
         }
         previous = folded.character;
+        previousFolded = folded;
         previousTells = tells;
+    }
+    // Past the characters scored in full, telling characters the scored part did not hold still
+    // count towards the telling total, with their pairs: one letter deep in a long text can be all
+    // that tells two encodings apart (a Greek capital that another encoding reads as a symbol).
+    // Characters already scored add nothing new.
+    const auto late = [&](std::size_t at) {
+        return isTelling(telling, text[at]) && !scoredKinds[text[at]];
+    };
+    for (std::size_t i = std::max<std::size_t>(end, 1); i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (c < 0x80 || !late(i)) continue;
+        const Folded before = fold(text[i - 1]);
+        const Folded here = fold(c);
+        tellingOwnCosts += std::max(here.cost + neighbourCost(before, here, c),
+                                    placementCost(text, i, before.character, guillemets));
+        // A late character before this one has already counted the pair they make.
+        if (!late(i - 1)) {
+            pairs.push_back(
+                {(std::uint32_t{before.character} << 16) | here.character, true, false});
+        }
+        if (i + 1 < text.size()) {
+            pairs.push_back(
+                {(std::uint32_t{here.character} << 16) | fold(text[i + 1]).character, true, false});
+        }
     }
     return bestLanguage(script, std::min(characters, scoredCharacters),
                         [&](const LevelTable& table) {
                             Totals totals{-ownCosts, -tellingOwnCosts};
                             for (const Pair& pair : pairs) {
                                 const int level = levelOf(table, pair.characters);
-                                totals.total -= level;
+                                totals.total -= pair.scored ? level : 0;
                                 totals.telling -= pair.telling ? level : 0;
                             }
                             return totals;
@@ -191,12 +302,22 @@ TextScore scoreIdeographic(std::u16string_view text, Script script) {
     std::vector<char16_t> letters;
     std::int64_t ownCosts = 0;
     std::int64_t characters = 0;
-    for (const char16_t c : text) {
+    const auto asciiLetter = [&text](std::size_t at) {
+        if (at >= text.size()) return false;
+        const char16_t c = text[at];
+        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
         if (c < 0x80) continue;
         if (++characters > scoredCharacters) break;
         const auto mask = U_GET_GC_MASK(c);
         if ((mask & (U_GC_L_MASK | U_GC_M_MASK)) != 0) {
             letters.push_back(c);
+            // Chinese, Japanese or Korean text puts Latin words next to its own characters, but
+            // never one of its characters inside a Latin word; two accented bytes of a Latin text
+            // read as one ideograph land exactly there.
+            if (i > 0 && asciiLetter(i - 1) && asciiLetter(i + 1)) ownCosts += symbolCost;
         } else {
             ownCosts += (mask & (U_GC_P_MASK | U_GC_ZS_MASK)) != 0 ? ideographicPunctuationCost
                                                                    : symbolCost;

@@ -35,7 +35,7 @@ struct TextScore {
     // How many characters outside ASCII were scored.
     std::int64_t characters = 0;
     // Like `total`, over the pairs that hold a telling character only, under the language that
-    // explains those pairs best.
+    // explains the whole text best: a decoding must read as one language throughout.
     std::int64_t tellingTotal = 0;
 
     // The average cost of one scored character; 0 when nothing was scored.
@@ -48,7 +48,8 @@ struct TextScore {
 // The cost an unseen pair or character adds: a little more than the rarest one kept.
 inline constexpr int unseenLevel = 24;
 
-// At most this many characters outside ASCII are scored; more never changes a decision.
+// At most this many characters outside ASCII are scored in full; past them only the telling
+// characters are, which may be all that tells two encodings apart in a long text.
 inline constexpr std::int64_t scoredCharacters = 4096;
 
 // Scores text against the models of `script`. Text in an ideographic script is scored character by

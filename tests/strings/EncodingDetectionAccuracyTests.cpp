@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -175,27 +176,27 @@ TEST(DetectEncodingAccuracy, EveryFamilyAndSizeKeepsItsFloor) {
         }
     }
     ASSERT_GE(languagesFound, leastLanguages) << "message catalogues missing";
-    // Short Latin text is where the encodings are hardest to tell apart (a few letters outside
-    // ASCII, shared by most of them), so those floors are the lowest.
+    // What the detector reaches, less a little: short Central European text is where encodings
+    // are hardest to tell apart (a few letters outside ASCII, read alike by ISO Latin 2 and
+    // windows-1250 or by a Western encoding), so its floor is the lowest. Where a family has only
+    // a handful of samples a size, the floor leaves room for one of them.
     const std::map<std::string, double> floors = {
-        {"Western", 0.72}, {"Central European", 0.65},
-        {"Cyrillic", 0.9}, {"Greek", 0.9},
-        {"Turkish", 0.7},  {"Arabic", 0.9},
-        {"Hebrew", 0.9},   {"Baltic", 0.9},
-        {"Japanese", 0.9}, {"Chinese", 0.9},
-        {"Korean", 0.9},
+        {"Western", 0.96},  {"Central European", 0.8}, {"Cyrillic", 0.93}, {"Greek", 0.8},
+        {"Turkish", 0.85},  {"Arabic", 0.75},          {"Hebrew", 0.85},   {"Baltic", 0.9},
+        {"Japanese", 0.85}, {"Chinese", 0.85},         {"Korean", 0.66},
     };
     for (const auto& [family, floor] : floors) {
         EXPECT_TRUE(results.contains(family)) << family << ": no catalogue found";
         for (const auto& [size, counts] : results[family]) {
             const auto [right, tried] = counts;
+            std::cout << family << " at " << size << " bytes: " << right << " of " << tried << "\n";
             EXPECT_GE(right, floor * tried)
                 << family << " at " << size << " bytes: " << right << " of " << tried;
         }
     }
 }
 
-TEST(DetectEncodingAccuracy, MostlyAsciiTextIsRightOrUnanswered) {
+TEST(DetectEncodingAccuracy, MostlyAsciiTextIsReadRight) {
     std::string english;
     while (english.size() < 2000)
         english += "The file was saved in the format that the older program wrote. ";
@@ -203,9 +204,8 @@ TEST(DetectEncodingAccuracy, MostlyAsciiTextIsRightOrUnanswered) {
         const std::string text = english + word + " " + english;
         const Data bytes(text.begin(), text.end());
         const EncodingNumber detected = Text::detectEncoding(bytes);
-        if (detected != Encodings::none) {
-            EXPECT_EQ(decodeText(bytes, detected), decodeText(bytes, Encodings::isoLatin1)) << word;
-        }
+        EXPECT_NE(detected, Encodings::none) << word;
+        EXPECT_EQ(decodeText(bytes, detected), decodeText(bytes, Encodings::isoLatin1)) << word;
     }
 }
 

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "quoddle/base/Utf.h"
 #include "quoddle/strings/Data.h"
+#include "quoddle/strings/EncodingConversion.h"
 #include "quoddle/strings/EncodingDetection.h"
 
 namespace quod {
@@ -142,6 +144,124 @@ TEST(DetectEncoding, ReadsMarksThenUtf8ThenStatistics) {
     for (const auto& [what, text, expected] : cases) {
         EXPECT_EQ(Text::detectEncoding(bytes(text)), expected) << what;
     }
+}
+
+// `text` (UTF-8 source) in `encoding`, through the framework's own converters.
+Data encoded(std::string_view text, EncodingNumber encoding) {
+    const auto bytes = encodeText(toUtf16(text), encoding);
+    EXPECT_TRUE(bytes.has_value()) << text;
+    return bytes.value_or(Data{});
+}
+
+constexpr EncodingNumber isoLatin2 = Encodings::isoLatin2;
+constexpr EncodingNumber isoLatin4 = 0x8000'0204;
+constexpr EncodingNumber isoGreek = 0x8000'0207;
+
+// The traps that a wrong encoding's reading falls into: each text here used to be answered in an
+// encoding that turns it into mojibake, or not at all.
+TEST(DetectEncoding, TellsLegacyEncodingsApartWhereTheirReadingsLookAlike) {
+    struct Legacy {
+        std::string_view what;
+        std::string_view text;
+        EncodingNumber encoding;
+        EncodingNumber expected;
+    };
+    const Legacy cases[] = {
+        // windows-1251 reads "è" as the Russian word "и": a lone Cyrillic letter among Latin words.
+        {"one accented word in Italian",
+         "Il file non esiste oppure non si dispone dei permessi necessari: la cartella è vuota e "
+         "il percorso indicato non corrisponde ad alcun elemento presente nel sistema.",
+         Encodings::isoLatin1, Encodings::windowsCP1252},
+        // IBM 866 reads "ø" as a degree sign in the middle of a word.
+        {"Norwegian", "offentlig nøkkel %s er %lu dag nyere enn signaturen\n", Encodings::isoLatin1,
+         Encodings::windowsCP1252},
+        // GB 18030 reads "\xA9k" as one Chinese character.
+        {"Croatian place names",
+         "Sveti Petar i Mikelon\nSalzburg\nSardinija\nŠkotska\nŠkotske "
+         "granice\nSelnica ob Dravi\n",
+         isoLatin2, isoLatin2},
+        // windows-1250 reads ť as a closing guillemet that nothing opens.
+        {"Slovak in ISO Latin 2",
+         "Nemožno otvoriť bázový súbor\nNemožno otvoriť objektový súbor\nNemožno otvoriť "
+         "dočasný súbor\n",
+         isoLatin2, isoLatin2},
+        // ISO 8859-7 reads Ά as an apostrophe that opens a word.
+        {"Greek capital with an accent",
+         "Άκυρο πρότυπο «%s», δεν πρέπει να περιέχει «%s»\nΆδεια χρήσης για το πρόγραμμα\n",
+         Encodings::windowsCP1253, Encodings::windowsCP1253},
+        // ISO Latin 2 reads the Lithuanian endings -ų and -ė as Czech ů and ě.
+        {"Lithuanian in ISO Latin 4",
+         "Vakarų Sulavesis\nPietų Sulavesis\nPietryčių Sulavesis\nŠiaurės Sulavesis\nSurto "
+         "savivaldybė\nSan Visentės sala\nRytų Nusa Tengaros provincija\nVakarų Kapas\n",
+         isoLatin4, isoLatin4},
+        // Separators (here those of message contexts) are not binary data, and words borrowed
+        // from several languages still read as Western.
+        {"English with separators and borrowed words",
+         "menu\x04The café in Zürich\nmenu\x04sold a naïve jalapeño\nbutton\x04résumé for "
+         "Müller\nbutton\x04who lives in São Paulo\ntitle\x04and writes about it\ntitle\x04every "
+         "single day\nlabel\x04in a notebook\n",
+         Encodings::windowsCP1252, Encodings::windowsCP1252},
+    };
+    for (const auto& [what, text, encoding, expected] : cases) {
+        EXPECT_EQ(Text::detectEncoding(encoded(text, encoding)), expected) << what;
+    }
+    EXPECT_NE(Text::detectEncoding(encoded("Ά", isoGreek)), Encodings::windowsCP1253)
+        << "one letter is too little to answer anything confidently";
+}
+
+// Long text is scored in part, and the part must neither change how plausible the text looks nor
+// hide the one letter that tells two encodings apart.
+TEST(DetectEncoding, JudgesLongTextLikeShortText) {
+    std::string russian;
+    while (russian.size() < 200'000)
+        russian += "Это тестовый текст на русском языке, и он довольно длинный.\n";
+    EXPECT_EQ(Text::detectEncoding(encoded(russian, Encodings::windowsCP1251)),
+              Encodings::windowsCP1251);
+    // Only "Ά" reads differently in ISO 8859-7 and windows-1253 (which has "¶" there), and it
+    // comes after thousands of letters.
+    std::string greek;
+    while (greek.size() < 40'000)
+        greek += "Η διεργασία τερματίστηκε με επιτυχία και το αρχείο αποθηκεύτηκε.\n";
+    greek += "Άδεια χρήσης\n";
+    EXPECT_EQ(Text::detectEncoding(encoded(greek, isoGreek)), isoGreek);
+}
+
+TEST(DetectEncoding, FindsUnmarkedUtf16InEveryScript) {
+    // Japanese and Chinese without ASCII have NULs only in their line ends, if at all; Korean has
+    // syllables whose low byte is NUL, so NULs fall on both sides of its units.
+    const std::string_view texts[] = {
+        "バッファページよりも大きな値をインデックスすることはできません。\nバージョンおよびプラット"
+        "フォーム間の互換性がありません。",
+        "无法打开文件，请检查路径是否正确并确认您有足够的权限。该操作需要管理员身份。",
+        "이 태그가 정렬 모드에 영향을 미칠지에 대한 여부\n이 태그가 배경색에 영향을 미칠지 여부\n"
+        "이 태그가 셀 배경색 영향을 미칠지 여부\n대상 파일이 없습니다\n",
+    };
+    for (const std::string_view text : texts) {
+        for (const EncodingNumber order :
+             {Encodings::utf16LittleEndian, Encodings::utf16BigEndian}) {
+            EXPECT_EQ(Text::detectEncoding(encoded(text, order)), order) << text;
+        }
+    }
+    // Lithuanian letters are U+01xx, so its UTF-16 is all bytes below 0x80 (well-formed UTF-8
+    // with NULs), and a bell in a message is not binary data.
+    const std::string_view lithuanian =
+        "Nepavyko įrašyti failo \a\nNeįmanoma atidaryti kelio: ų, ė, ž ir š\n";
+    for (const EncodingNumber order : {Encodings::utf16LittleEndian, Encodings::utf16BigEndian}) {
+        EXPECT_EQ(Text::detectEncoding(encoded(lithuanian, order)), order);
+    }
+    // Byte pairs of a legacy text are not UTF-16, though they decode as such.
+    EXPECT_EQ(
+        Text::detectEncoding(encoded("Grüße aus München, schöne Straße!", Encodings::isoLatin1)),
+        Encodings::windowsCP1252);
+}
+
+TEST(DetectEncoding, AnswersNothingForBinaryData) {
+    std::mt19937 random(22);
+    std::uniform_int_distribution<int> byte(1, 255);  // no NULs, so not UTF-16 by them either
+    Data noise(4096);
+    for (auto& value : noise)
+        value = static_cast<std::uint8_t>(byte(random));
+    EXPECT_EQ(Text::detectEncoding(noise), Encodings::none);
 }
 
 // Bytes fed in pieces, cut anywhere (inside a keyword, a declared value, a UTF-8 sequence, a mark),
