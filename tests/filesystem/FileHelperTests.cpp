@@ -15,16 +15,9 @@
 #include "quoddle/filesystem/FileManager.h"
 #include "quoddle/filesystem/Misc.h"
 #include "quoddle/strings/PathStrings.h"
+#include "tests/support/GLibThreadSanitizer.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
-
-#if defined(__SANITIZE_THREAD__)
-// GLib is not built with ThreadSanitizer, and its locks are bare futex calls that the sanitizer
-// cannot see, so the hand-offs between GIO's worker thread and ours look like races.
-extern "C" const char* __tsan_default_suppressions() {
-    return "race:libglib-2.0.so\nrace:libgio-2.0.so\nrace:libgobject-2.0.so\n";
-}
-#endif
 
 namespace quod {
 namespace {

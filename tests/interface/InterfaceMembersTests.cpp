@@ -18,6 +18,7 @@
 #include "quoddle/interface/UserInterfaceLayoutDirection.h"
 #include "quoddle/runtime/Localize.h"
 #include "tests/preferences/PreferencesTestSupport.h"
+#include "tests/support/JobColumns.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace quod {
@@ -74,18 +75,8 @@ TEST_F(Bidirectional, NoPartsGiveNothingAndEmptyPartsStay) {
               "\u2066\u2068a\u2069,\u2068\u2069,\u2068b\u2069\u2069");
 }
 
-enum class JobColumn { status, name, scheduled };
-
-struct JobColumns : ColumnProtocol<JobColumns, JobColumn> {
-    static constexpr std::array entries{
-        ColumnEntry<JobColumn>{JobColumn::status, &UserInterfaceItemIdentifier::Column::status,
-                               &Localize::status},
-        ColumnEntry<JobColumn>{JobColumn::name, &UserInterfaceItemIdentifier::Column::name,
-                               &Localize::name},
-        ColumnEntry<JobColumn>{JobColumn::scheduled,
-                               &UserInterfaceItemIdentifier::Column::scheduled,
-                               &Localize::scheduled}};
-};
+using quod::testing::JobColumn;
+using quod::testing::JobColumns;
 
 TEST(ColumnProtocol, FindsColumnsByTheirExactIdentifierAndListsThemInDisplayOrder) {
     EXPECT_EQ(JobColumns::allCases(),

@@ -21,19 +21,11 @@
 
 #include "quoddle/interface/UserNotificationCenter.h"
 #include "quoddle/runtime/RunLoop.h"
+#include "tests/support/GLibThreadSanitizer.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 
 extern char** environ;
-
-#if defined(__SANITIZE_THREAD__)
-// GLib is not built with ThreadSanitizer, and its locks are bare futex calls that the sanitizer
-// cannot see, so the hand-offs between GDBus's worker thread, the notification thread and the
-// test's server look like races.
-extern "C" const char* __tsan_default_suppressions() {
-    return "race:libglib-2.0.so\nrace:libgio-2.0.so\nrace:libgobject-2.0.so\n";
-}
-#endif
 
 namespace quod {
 namespace {

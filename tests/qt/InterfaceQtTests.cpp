@@ -5,12 +5,12 @@
 #include <QHeaderView>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextLayout>
-#include <QTableWidget>
 #include <QTreeWidget>
 #include <array>
 #include <cmath>
@@ -23,24 +23,15 @@
 #include "quoddle/qt/QtConversions.h"
 #include "quoddle/qt/QtPlatform.h"
 #include "quoddle/runtime/Localize.h"
+#include "tests/support/JobColumns.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace quod;
 
 namespace {
 
-enum class JobColumn { status, name, scheduled };
-
-struct JobColumns : ColumnProtocol<JobColumns, JobColumn> {
-    static constexpr std::array entries{
-        ColumnEntry<JobColumn>{JobColumn::status, &UserInterfaceItemIdentifier::Column::status,
-                               &Localize::status},
-        ColumnEntry<JobColumn>{JobColumn::name, &UserInterfaceItemIdentifier::Column::name,
-                               &Localize::name},
-        ColumnEntry<JobColumn>{JobColumn::scheduled,
-                               &UserInterfaceItemIdentifier::Column::scheduled,
-                               &Localize::scheduled}};
-};
+using quod::testing::JobColumn;
+using quod::testing::JobColumns;
 
 QString headerTitle(const QAbstractItemView& view, int section) {
     return view.model()->headerData(section, Qt::Horizontal).toString();
